@@ -2,6 +2,8 @@
 /// PAK archives: one may be open; loaders have a file copied out of it before they open it and removed afterwards.
 #pragma once
 
+#include "diagnostics/Log.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -9,15 +11,13 @@
 #include <string>
 #include <vector>
 
-#include "diagnostics/Log.h"
-
 namespace ql::archive {
 
 /// A directory entry as the engine uses it.
 struct PakEntry {
-  std::string name;          ///< up to 56 characters, cut at its NUL and trimmed
-  std::int32_t offset = 0;   ///< of the file's bytes in the archive
-  std::int32_t size = 0;     ///< bytes
+  std::string name;         ///< up to 56 characters, cut at its NUL and trimmed
+  std::int32_t offset = 0;  ///< of the file's bytes in the archive
+  std::int32_t size = 0;    ///< bytes
 };
 
 /// What the header and the directory of an archive say.
@@ -38,8 +38,9 @@ class PakArchive {
   bool isOpen() const;
   const PakDirectory& directory() const;
 
-  /// Makes a file available on disk: when it does not exist and the open archive lists it, it is copied into the current
-  /// directory and name becomes the copy's name; the empty string when it is not listed. Nothing without an archive.
+  /// Makes a file available on disk: when it does not exist and the open archive lists it, it is copied into the
+  /// current directory and name becomes the copy's name; the empty string when it is not listed. Nothing without an
+  /// archive.
   void expand(std::string& name);
   /// Removes the copy that expand made under this name (exact letter case).
   void deleteExpanded(const std::string& name);

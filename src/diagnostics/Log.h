@@ -20,7 +20,8 @@ class Log {
   void start();
   /// Appends one line. Messages are written unchanged.
   void write(std::string_view message);
-  /// Appends the two lines of a caught error: message, then "Error description :" + description + " # Number " + number.
+  /// Appends the two lines of a caught error: message, then "Error description :" + description + " # Number " +
+  /// number.
   void writeError(std::string_view message, std::string_view description, long number);
 
   const std::filesystem::path& path() const { return file_; }

@@ -15,7 +15,8 @@ struct TriangleHit {
 
 /// Two-sided ray/triangle test (Möller and Trumbore, "Fast, Minimum Storage Ray/Triangle Intersection", 1997). A ray
 /// parallel to the triangle misses; hits behind the origin count, their t is negative.
-TriangleHit intersectTriangle(const Vec3& origin, const Vec3& direction, const Vec3& p0, const Vec3& p1, const Vec3& p2);
+TriangleHit intersectTriangle(const Vec3& origin, const Vec3& direction, const Vec3& p0, const Vec3& p1,
+                              const Vec3& p2);
 
 /// Whether a ray (any t >= 0) meets an axis-aligned box, faces included.
 bool intersectBox(const Vec3& origin, const Vec3& direction, const Vec3& minimum, const Vec3& maximum);

@@ -29,7 +29,9 @@ inline Vec3 normalize(const Vec3& v) {
   const float l = length(v);
   return l > 0 ? Vec3{v.x / l, v.y / l, v.z / l} : Vec3{};
 }
-constexpr Vec3 midpoint(const Vec3& a, const Vec3& b) { return {(a.x + b.x) * 0.5f, (a.y + b.y) * 0.5f, (a.z + b.z) * 0.5f}; }
+constexpr Vec3 midpoint(const Vec3& a, const Vec3& b) {
+  return {(a.x + b.x) * 0.5f, (a.y + b.y) * 0.5f, (a.z + b.z) * 0.5f};
+}
 constexpr Vec3 lerp(const Vec3& a, const Vec3& b, float t) { return add(a, scale(subtract(b, a), t)); }
 /// The largest of the three components.
 constexpr float largest(const Vec3& v) {
@@ -39,7 +41,7 @@ constexpr float largest(const Vec3& v) {
 
 /// Packs components 0 to 1 into ARGB, each times 255 rounded to nearest (halves to even). Negative components count as
 /// 0; when one exceeds 255 after scaling the result is 0 (fully transparent black).
-/// @throws std::domain_error when a component is not a number
+/// @throws std::domain_error when a component is not a number, std::overflow_error when one does not fit 32 bits
 std::int32_t packColor(const Color4& color);
 /// The components of a packed ARGB colour, 0 to 1.
 Color4 unpackColor(std::uint32_t argb);
@@ -51,7 +53,9 @@ struct Plane {
 /// Divides all four numbers by the length of (a, b, c); all zero when that is 0.
 Plane normalize(const Plane& plane);
 /// a·x + b·y + c·z + d: the signed distance when the plane is normalised.
-constexpr float distance(const Plane& plane, const Vec3& p) { return plane.a * p.x + plane.b * p.y + plane.c * p.z + plane.d; }
+constexpr float distance(const Plane& plane, const Vec3& p) {
+  return plane.a * p.x + plane.b * p.y + plane.c * p.z + plane.d;
+}
 
 /// A rotation as a unit quaternion.
 struct Quaternion {

@@ -3,15 +3,15 @@
 /// and trusts them.
 #pragma once
 
+#include "platform/device/Constants.h"
+#include "platform/device/Display.h"
+#include "platform/device/State.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "platform/device/Constants.h"
-#include "platform/device/Display.h"
-#include "platform/device/State.h"
 
 namespace ql::device {
 
@@ -45,12 +45,12 @@ struct DrawPacket {
   std::array<TextureId, kStages> textures{};
   PrimitiveType primitive = PrimitiveType::TriangleList;
   std::uint32_t primitiveCount = 0;
-  std::uint32_t vertexCount = 0;         ///< that the primitives use, from firstVertex
-  std::uint32_t vertexFormat = 0;        ///< flexible vertex format code
-  std::uint32_t stride = 0;              ///< bytes from vertex to vertex, at least the format's size
-  BufferId buffer = BufferId::None;      ///< the source when not None
-  std::uint32_t firstVertex = 0;         ///< in the buffer
-  std::span<const std::byte> vertices;   ///< the source otherwise: valid during the call only
+  std::uint32_t vertexCount = 0;        ///< that the primitives use, from firstVertex
+  std::uint32_t vertexFormat = 0;       ///< flexible vertex format code
+  std::uint32_t stride = 0;             ///< bytes from vertex to vertex, at least the format's size
+  BufferId buffer = BufferId::None;     ///< the source when not None
+  std::uint32_t firstVertex = 0;        ///< in the buffer
+  std::span<const std::byte> vertices;  ///< the source otherwise: valid during the call only
 };
 
 struct PixelRect {
@@ -87,7 +87,8 @@ class BackEnd {
 
   virtual void draw(const DrawPacket& packet) = 0;
   /// Clears inside the rectangles (whole target when there are none). @param flags kClearTarget, kClearDepth
-  virtual void clear(TargetId target, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color, float z) = 0;
+  virtual void clear(TargetId target, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,
+                     float z) = 0;
   /// Pixels of a target in its own format, tightly packed; waits for all drawing on it.
   virtual std::vector<std::byte> readPixels(TargetId target, PixelRect rect) = 0;
   /// Overwrites pixels of a target, in its own format, tightly packed.

@@ -2,12 +2,12 @@
 /// The whole fixed-function state as plain data, with one list of its fields that serves every loop over it.
 #pragma once
 
+#include "math/Matrix.h"
+#include "platform/device/Constants.h"
+
 #include <array>
 #include <bit>
 #include <cstdint>
-
-#include "math/Matrix.h"
-#include "platform/device/Constants.h"
 
 namespace ql::device {
 
@@ -28,7 +28,8 @@ struct RenderStates {
   std::uint32_t zEnable = 1, fillMode = 3, shadeMode = 2, zWriteEnable = 1, alphaTestEnable = 0, lastPixel = 1;
   std::uint32_t srcBlend = 2, destBlend = 1, cullMode = 3, zFunc = 4, alphaRef = 0, alphaFunc = 8, ditherEnable = 0;
   std::uint32_t alphaBlendEnable = 0, fogEnable = 0, specularEnable = 0, fogColor = 0, fogTableMode = 0;
-  std::uint32_t fogStart = 0, fogEnd = std::bit_cast<std::uint32_t>(1.0f), fogDensity = std::bit_cast<std::uint32_t>(1.0f);
+  std::uint32_t fogStart = 0, fogEnd = std::bit_cast<std::uint32_t>(1.0f),
+                fogDensity = std::bit_cast<std::uint32_t>(1.0f);
   std::uint32_t edgeAntialias = 0, zBias = 0, rangeFogEnable = 0;
   std::uint32_t stencilEnable = 0, stencilFail = 1, stencilZFail = 1, stencilPass = 1, stencilFunc = 8, stencilRef = 0;
   std::uint32_t stencilMask = 0xFFFFFFFF, stencilWriteMask = 0xFFFFFFFF;

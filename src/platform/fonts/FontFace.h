@@ -19,10 +19,10 @@ struct FontRequest {
 
 /// One rendered character.
 struct Glyph {
-  std::int32_t width = 0, height = 0;   ///< of the bitmap, pixels
-  std::int32_t left = 0, top = 0;       ///< from the pen to the bitmap's left edge; from the baseline up to its top row
-  std::int32_t advance = 0;             ///< to the next pen position, pixels
-  std::vector<std::uint8_t> coverage;   ///< width × height, row by row from the top, 0 to 255
+  std::int32_t width = 0, height = 0;  ///< of the bitmap, pixels
+  std::int32_t left = 0, top = 0;      ///< from the pen to the bitmap's left edge; from the baseline up to its top row
+  std::int32_t advance = 0;            ///< to the next pen position, pixels
+  std::vector<std::uint8_t> coverage;  ///< width × height, row by row from the top, 0 to 255
 };
 
 /// A face at one size. Without any installed font every glyph is empty and has the advance of half the size.

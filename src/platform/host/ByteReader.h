@@ -2,6 +2,8 @@
 /// Bounds-checked, little-endian reading of a file in memory.
 #pragma once
 
+#include "platform/host/Fault.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -11,8 +13,6 @@
 #include <string_view>
 #include <type_traits>
 #include <vector>
-
-#include "platform/host/Fault.h"
 
 namespace ql::host {
 

@@ -2,6 +2,8 @@
 /// Files by the names that hosts and data files use: both separators, any letter case, an ignored drive.
 #pragma once
 
+#include "platform/host/Fault.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -10,8 +12,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "platform/host/Fault.h"
 
 namespace ql::host {
 
@@ -40,8 +40,8 @@ bool equalIgnoringCase(std::string_view a, std::string_view b);
 /// UTF-8 for display: the text itself when it is valid UTF-8, else read as Windows-1252.
 std::string toUtf8(std::string_view text);
 
-/// The number at the start of a text, as a host's settings or an entity text have it: blanks, a sign, digits, a point and
-/// an exponent, always with a point whatever the locale; 0 when there is none.
+/// The number at the start of a text, as a host's settings or an entity text have it: blanks, a sign, digits, a point
+/// and an exponent, always with a point whatever the locale; 0 when there is none.
 double numberFromText(std::string_view text);
 
 }  // namespace ql::host

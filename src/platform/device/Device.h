@@ -1,0 +1,121 @@
+/// @file
+/// The rendering device: all fixed-function state, checked, over one back end.
+#pragma once
+
+#include "platform/device/BackEnd.h"
+#include "platform/device/CallSink.h"
+#include "platform/device/DeviceError.h"
+#include "platform/device/Resources.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace ql::device {
+
+/// How a device presents.
+struct PresentParameters {
+  std::uint32_t backBufferWidth = 0, backBufferHeight = 0;
+  Format backBufferFormat = Format::Unknown;
+  std::uint32_t backBufferCount = 1;
+  std::uint32_t multiSampleType = 0;
+  std::uint32_t swapEffect = 3;
+  std::shared_ptr<Window> deviceWindow;
+  bool windowed = true;
+  bool enableAutoDepthStencil = true;
+  Format autoDepthStencilFormat = Format::Unknown;  ///< Unknown still gets a depth buffer
+  std::uint32_t flags = 0, fullScreenRefreshRate = 0, fullScreenPresentationInterval = 0;
+};
+
+/// The red, green and blue output values for each input value.
+struct GammaRamp {
+  std::array<std::uint16_t, 256> red{}, green{}, blue{};
+};
+
+/// One device. Every call checks its values, notes them for the sink when one is set, and throws DeviceError when it
+/// fails; every state stays in force until it is set again. Calls come from one thread.
+class Device {
+ public:
+  Device(std::shared_ptr<BackEnd> backEnd, DeviceType type, const PresentParameters& parameters);
+  ~Device();
+  Device(const Device&) = delete;
+  Device& operator=(const Device&) = delete;
+
+  DeviceType type() const;
+  const Capabilities& capabilities() const;
+  const PresentParameters& presentParameters() const;
+  const std::shared_ptr<BackEnd>& backEnd() const;
+  /// Watches every call; null stops watching.
+  void setCallSink(CallSink* sink);
+
+  // Frame.
+  void clear(std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color, float z,
+             std::uint32_t stencil);
+  void beginScene();
+  void endScene();
+  /// Finishes the frame and shows it in the device's window.
+  void present();
+  /// Makes new targets for new parameters; resources and states stay.
+  void reset(const PresentParameters& parameters);
+
+  // State.
+  void setTransform(Transform which, const math::Mat4& matrix);
+  math::Mat4 getTransform(Transform which) const;
+  void setViewport(const math::Viewport& viewport);
+  math::Viewport getViewport() const;
+  void setRenderState(RenderState state, std::uint32_t value);
+  std::uint32_t getRenderState(RenderState state) const;
+  void setTextureStageState(std::uint32_t stage, StageState state, std::uint32_t value);
+  std::uint32_t getTextureStageState(std::uint32_t stage, StageState state) const;
+  /// Null draws untextured.
+  void setTexture(std::uint32_t stage, std::shared_ptr<Texture> texture);
+  std::shared_ptr<Texture> getTexture(std::uint32_t stage) const;
+  void setMaterial(const Material& material);
+  Material getMaterial() const;
+  void setLight(std::uint32_t index, const Light& light);
+  Light getLight(std::uint32_t index) const;
+  void lightEnable(std::uint32_t index, bool enable);
+  bool getLightEnable(std::uint32_t index) const;
+  /// A flexible vertex format code.
+  void setVertexShader(std::uint32_t vertexFormat);
+  std::uint32_t getVertexShader() const;
+  void setGammaRamp(const GammaRamp& ramp);
+  GammaRamp getGammaRamp() const;
+
+  // Drawing, inside beginScene and endScene. Draws of nothing are accepted.
+  void drawPrimitiveUP(PrimitiveType type, std::uint32_t primitiveCount, std::span<const std::byte> vertices,
+                       std::uint32_t stride);
+  std::shared_ptr<VertexBuffer> createVertexBuffer(std::size_t bytes, std::uint32_t usage, std::uint32_t vertexFormat,
+                                                   Pool pool);
+  void setStreamSource(std::uint32_t stream, std::shared_ptr<VertexBuffer> buffer, std::uint32_t stride);
+  void drawPrimitive(PrimitiveType type, std::uint32_t firstVertex, std::uint32_t primitiveCount);
+
+  // Surfaces.
+  std::shared_ptr<Surface> getBackBuffer(std::uint32_t index);
+  std::shared_ptr<Surface> createImageSurface(std::uint32_t width, std::uint32_t height, Format format);
+  /// Copies rectangles (the whole source when there are none) to points of the destination (0, 0 by default); formats
+  /// must be equal.
+  void copyRects(const std::shared_ptr<Surface>& source, std::span<const PixelRect> rects,
+                 const std::shared_ptr<Surface>& destination, std::span<const std::array<std::uint32_t, 2>> points);
+  /// @param levels 0 makes a full chain
+  std::shared_ptr<Texture> createTexture(std::uint32_t width, std::uint32_t height, std::uint32_t levels,
+                                         std::uint32_t usage, Format format, Pool pool);
+
+  /// Directs drawing to a target of the caller's (render-to-surface); none returns to the back buffer.
+  void setRenderTarget(TargetId target, std::uint32_t width, std::uint32_t height);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+/// Number of vertices that a number of primitives uses.
+std::uint64_t vertexCount(PrimitiveType type, std::uint64_t primitiveCount);
+/// Size in bytes of a vertex of a flexible vertex format code. @throws DeviceError for codes that contradict themselves
+std::uint32_t vertexSize(std::uint32_t vertexFormat);
+
+}  // namespace ql::device
