@@ -39,7 +39,8 @@ class ByteReader {
   template <class T>
   std::vector<T> table(std::uint64_t offset, std::uint64_t count, std::string_view what) const {
     static_assert(std::is_trivially_copyable_v<T>);
-    if (offset > size() || count > (size() - offset) / sizeof(T)) throwTruncated(offset, count * sizeof(T), what);
+    if (offset > size() || count > (size() - offset) / sizeof(T))
+      throwTruncated(offset, bytesOf(count, sizeof(T)), what);
     std::vector<T> out(count);
     if (count != 0) std::memcpy(out.data(), bytes_.data() + offset, count * sizeof(T));
     return out;
@@ -55,6 +56,10 @@ class ByteReader {
   void copyZeroFilled(std::uint64_t offset, std::span<std::byte> out) const;
 
  private:
+  /// count × size for a message; saturates, since a hostile count must not wrap into a plausible number.
+  static constexpr std::uint64_t bytesOf(std::uint64_t count, std::uint64_t size) {
+    return count > ~std::uint64_t{0} / size ? ~std::uint64_t{0} : count * size;
+  }
   [[noreturn]] void throwTruncated(std::uint64_t offset, std::uint64_t length, std::string_view what) const;
   std::span<const std::byte> bytes_;
 };

@@ -11,6 +11,7 @@ namespace ql::host {
 /// The kinds of damage that readers report.
 enum class Fault : std::uint8_t {
   Missing,        ///< no such file
+  FolderMissing,  ///< no such folder
   Unreadable,     ///< the file exists but cannot be opened or read
   Truncated,      ///< bytes that the file promises are not there
   BadIdentifier,  ///< the file is of another kind
@@ -32,7 +33,8 @@ class FileFault : public std::exception {
 
   Fault id;
   std::uint64_t offset, got, limit;
-  /// The number that a log line or an error carries: 53 missing, 75 unreadable, 62 past the end, 5 otherwise.
+  /// The number that a log line or an error carries: 53 missing, 76 folder missing, 75 unreadable, 62 past the end, 5
+  /// otherwise.
   int number() const;
 
  private:

@@ -27,8 +27,10 @@ bool fileExists(std::string_view name);
 std::vector<std::byte> readFile(std::string_view name, std::uint64_t limit = std::uint64_t{1} << 31);
 
 /// Replaces (or creates) the file through a temporary beside it and a rename, so that a failure leaves the old file as
-/// it was. An existing name that differs only in case is reused. @throws FileFault Unreadable
+/// it was. An existing name that differs only in case is reused. @throws FileFault FolderMissing, Unreadable
 void writeFile(std::string_view name, std::span<const std::byte> bytes);
+/// As writeFile, for a path of the system's own.
+void replaceFile(const std::filesystem::path& path, std::span<const std::byte> bytes);
 
 /// Where writeFile would write: the existing spelling of the path, else the path as given with native separators.
 std::filesystem::path pathForWriting(std::string_view name);
@@ -41,7 +43,7 @@ bool equalIgnoringCase(std::string_view a, std::string_view b);
 std::string toUtf8(std::string_view text);
 
 /// The number at the start of a text, as a host's settings or an entity text have it: blanks, a sign, digits, a point
-/// and an exponent, always with a point whatever the locale; 0 when there is none.
+/// and an exponent, always with a point whatever the locale; 0 when there is none or when it does not fit a double.
 double numberFromText(std::string_view text);
 
 }  // namespace ql::host

@@ -2,6 +2,7 @@
 /// The per-user settings store: text values by application, section and key.
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
@@ -17,7 +18,8 @@ class Settings {
   void set(std::string_view key, std::string_view value);
 
  private:
-  std::string path_;
+  std::string section_;
+  std::filesystem::path path_;  ///< empty when the environment names no home
   std::map<std::string, std::string, std::less<>> values_;
 };
 
