@@ -85,8 +85,10 @@ std::optional<fs::path> find(std::string_view name, Kind kind) {
 fs::path temporaryBeside(const fs::path& path) {
   static std::atomic<unsigned> counter{0};
   fs::path temporary = path;
-  temporary.replace_filename("." + path.filename().string() + "." + std::to_string(::getpid()) + "." +
-                             std::to_string(counter++) + ".tmp");
+  std::string name(".");
+  name.append(path.filename().string()).append(".").append(std::to_string(::getpid()));
+  name.append(".").append(std::to_string(counter++)).append(".tmp");
+  temporary.replace_filename(name);
   return temporary;
 }
 
