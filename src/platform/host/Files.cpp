@@ -119,6 +119,7 @@ std::vector<std::byte> readFile(std::string_view name, std::uint64_t limit) {
 
 fs::path pathForWriting(std::string_view name) {
   if (auto existing = findFile(name)) return *existing;
+  if (auto existing = findFolder(name)) return *existing;  // a name is taken by a folder in any letter case, too
   const std::string native = nativeName(name);
   const std::size_t slash = native.rfind('/');
   if (slash == std::string::npos) return native;
