@@ -2,58 +2,52 @@
 /// PAK archives: one may be open; loaders have a file copied out of it before they open it and removed afterwards.
 #pragma once
 
+#include "archive/PakDirectory.h"
 #include "diagnostics/Log.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <span>
 #include <string>
-#include <vector>
 
 namespace ql::archive {
 
-/// A directory entry as the engine uses it.
-struct PakEntry {
-  std::string name;         ///< up to 56 characters, cut at its NUL and trimmed
-  std::int32_t offset = 0;  ///< of the file's bytes in the archive
-  std::int32_t size = 0;    ///< bytes
-};
-
-/// What the header and the directory of an archive say.
-struct PakDirectory {
-  std::int32_t identifier = 0, directoryOffset = 0, directoryLength = 0;
-  std::int32_t fileCount = 0;     ///< directory length / 64, rounded down
-  std::vector<PakEntry> entries;  ///< as many as are listed, at most 4097; slots past the end of the file are empty
-};
-/// Reads header and directory of an archive in memory. @throws host::FileFault
-PakDirectory parsePakDirectory(std::span<const std::byte> bytes);
-
-/// The archive manager.
+/// The archive manager. Only setSearchDirectory throws; everything else reports through the log.
 class PakArchive {
  public:
   explicit PakArchive(diagnostics::Log& log);
+
+  /// Opens an archive and lists it. While one is open this fails and closes it.
   void open(const std::string& fileName);
   void close();
-  bool isOpen() const;
-  const PakDirectory& directory() const;
+  bool isOpen() const { return file_.is_open(); }
+  /// What the open archive lists.
+  const PakDirectory& directory() const { return directory_; }
 
   /// Makes a file available on disk: when it does not exist and the open archive lists it, it is copied into the
   /// current directory and name becomes the copy's name; the empty string when it is not listed. Nothing without an
-  /// archive.
+  /// archive. The copy never replaces a file that was there before: it gets another name then (`wall~1.jpg`).
   void expand(std::string& name);
-  /// Removes the copy that expand made under this name (exact letter case).
+  /// Removes the copy that expand made last, when name is its name (exact letter case).
   void deleteExpanded(const std::string& name);
-  /// Appends a backslash when absent and makes the folder current. @throws host::FileFault Missing
+  /// Appends a backslash when absent and makes the folder current. @throws host::FileFault FolderMissing
   void setSearchDirectory(std::string& path);
 
  private:
+  /// The name that the copy of an entry gets in the current directory.
+  std::string nameForCopy(const PakEntry& entry, const std::string& bareName) const;
+  void copyOut(const PakEntry& entry, const std::filesystem::path& target);
+
+  /// The last copy that was made and not removed.
+  struct Copy {
+    std::string name;            ///< as handed to the loader; empty when there is none
+    std::filesystem::path path;  ///< absolute: the current directory may change before the copy is removed
+    std::string entryName;       ///< what it is a copy of
+  };
+
   diagnostics::Log& log_;
   PakDirectory directory_;
   std::ifstream file_;
-  bool open_ = false;
-  std::string expandedName_;
-  bool expandedPending_ = false;
+  Copy copy_;
 };
 
 }  // namespace ql::archive
