@@ -37,7 +37,9 @@ struct GammaRamp {
 };
 
 /// One device. Every call checks its values, notes them for the sink when one is set, and throws DeviceError when it
-/// fails; every state stays in force until it is set again. Calls come from one thread.
+/// fails; every state stays in force until it is set again. A state of a known number takes any value and gives it
+/// back, but a value that means nothing (compare function 9, a fog end that is not a number) leaves the drawing as it
+/// was. Calls come from one thread.
 class Device {
  public:
   Device(std::shared_ptr<BackEnd> backEnd, DeviceType type, const PresentParameters& parameters);
@@ -65,8 +67,10 @@ class Device {
   // State.
   void setTransform(Transform which, const math::Mat4& matrix);
   math::Mat4 getTransform(Transform which) const;
+  /// @throws DeviceError invalid call: empty, outside the target, or depths outside 0 to 1
   void setViewport(const math::Viewport& viewport);
   math::Viewport getViewport() const;
+  /// @throws DeviceError invalid call: a number that is no state, here and below
   void setRenderState(RenderState state, std::uint32_t value);
   std::uint32_t getRenderState(RenderState state) const;
   void setTextureStageState(std::uint32_t stage, StageState state, std::uint32_t value);
@@ -83,6 +87,7 @@ class Device {
   /// A flexible vertex format code.
   void setVertexShader(std::uint32_t vertexFormat);
   std::uint32_t getVertexShader() const;
+  /// Output values of the display. They are kept and given back; pictures are shown without them so far.
   void setGammaRamp(const GammaRamp& ramp);
   GammaRamp getGammaRamp() const;
 
@@ -97,15 +102,16 @@ class Device {
   // Surfaces.
   std::shared_ptr<Surface> getBackBuffer(std::uint32_t index);
   std::shared_ptr<Surface> createImageSurface(std::uint32_t width, std::uint32_t height, Format format);
-  /// Copies rectangles (the whole source when there are none) to points of the destination (0, 0 by default); formats
-  /// must be equal.
+  /// Copies rectangles (the whole source when there are none) to points of the destination (by default where they are
+  /// in the source); formats must be equal and everything must lie inside.
   void copyRects(const std::shared_ptr<Surface>& source, std::span<const PixelRect> rects,
                  const std::shared_ptr<Surface>& destination, std::span<const std::array<std::uint32_t, 2>> points);
   /// @param levels 0 makes a full chain
   std::shared_ptr<Texture> createTexture(std::uint32_t width, std::uint32_t height, std::uint32_t levels,
                                          std::uint32_t usage, Format format, Pool pool);
 
-  /// Directs drawing to a target of the caller's (render-to-surface); none returns to the back buffer.
+  /// Directs drawing to a target of the caller's (render-to-surface); none returns to the back buffer. The viewport
+  /// becomes the whole target.
   void setRenderTarget(TargetId target, std::uint32_t width, std::uint32_t height);
 
  private:

@@ -37,13 +37,17 @@ class Direct3D {
   std::shared_ptr<Device> createDevice(std::uint32_t adapter, DeviceType type,
                                        const std::shared_ptr<Window>& focusWindow, std::uint32_t behaviourFlags,
                                        const PresentParameters& parameters);
-  /// Watches the calls of every device made from now on.
+  /// Watches the calls of this object and of every device made from now on.
   void setCallSink(CallSink* sink) { sink_ = sink; }
 
  private:
   std::shared_ptr<Display> display_;
   std::map<DeviceType, BackEndFactory> factories_;
+  mutable std::map<DeviceType, Capabilities> capabilities_;  ///< that were asked for: a back end is costly to make
   CallSink* sink_ = nullptr;
+
+  void requireAdapter(std::uint32_t adapter) const;
+  std::shared_ptr<BackEnd> makeBackEnd(DeviceType type, const PresentParameters& parameters) const;
 };
 
 }  // namespace ql::device

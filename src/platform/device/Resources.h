@@ -18,6 +18,13 @@ class Device;
 /// Bytes of one pixel of a format. @throws DeviceError invalid call for formats that no surface has
 std::uint32_t bytesPerPixel(Format format);
 
+/// What surfaces of a format can be; the same for every device.
+bool isTextureFormat(Format format);
+bool isTargetFormat(Format format);
+bool isDepthFormat(Format format);
+/// Whether the format stores alpha.
+bool hasAlpha(Format format);
+
 /// One pixel from a format's value to 0xAARRGGBB (missing alpha is 255) and back (the nearest value of each channel).
 std::uint32_t toArgb(Format format, std::uint32_t value);
 std::uint32_t fromArgb(Format format, std::uint32_t argb);
@@ -32,6 +39,9 @@ struct LockedRect {
   std::span<std::byte> bytes;  ///< rows from the top, from the locked rectangle's first pixel
 };
 
+/// The number of levels of a full mip chain, down to 1 × 1.
+std::uint32_t fullLevelCount(std::uint32_t width, std::uint32_t height);
+
 /// A picture that the device can copy: an image in system memory, a texture's level, or the back buffer.
 class Surface {
  public:
@@ -42,6 +52,7 @@ class Surface {
   LockedRect lock(std::optional<PixelRect> rect = {}, bool readOnly = false);
   /// Writes changed pixels back. @throws DeviceError invalid call: not locked
   void unlock();
+  bool locked() const { return lock_.has_value(); }
 
   /// Pixels of a rectangle, tightly packed in the surface's format. The rectangle lies inside.
   virtual std::vector<std::byte> read(PixelRect rect) = 0;
@@ -67,7 +78,10 @@ class Texture {
   TextureId id() const { return id_; }
   const TextureDescription& description() const { return description_; }
   std::uint32_t levelCount() const { return description_.levels; }
+  const std::shared_ptr<BackEnd>& backEnd() const { return backEnd_; }
+  /// Size and format of a level. @throws DeviceError invalid call: no such level (the operations below too)
   SurfaceDescription levelDescription(std::uint32_t level) const;
+  /// Replaces a level by tightly packed rows in the texture's format. @throws DeviceError invalid call: another size
   void writeLevel(std::uint32_t level, std::span<const std::byte> pixels);
   std::vector<std::byte> readLevel(std::uint32_t level) const;
 
@@ -90,6 +104,7 @@ class VertexBuffer {
 
   BufferId id() const { return id_; }
   std::size_t size() const { return size_; }
+  const std::shared_ptr<BackEnd>& backEnd() const { return backEnd_; }
   std::uint32_t vertexFormat() const { return vertexFormat_; }
   /// Copies bytes into the buffer. @throws DeviceError invalid call when they do not fit
   void write(std::size_t offset, std::span<const std::byte> bytes);

@@ -1,0 +1,108 @@
+#include "platform/device/DeviceError.h"
+#include "platform/device/Resources.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <string>
+
+namespace ql::device {
+namespace {
+
+// Where a channel lies in a pixel; 0 bits: the format has no such channel.
+struct Channel {
+  std::uint8_t shift = 0, bits = 0;
+};
+struct Layout {
+  Format format{};
+  std::uint8_t bytes = 0;
+  Channel alpha, red, green, blue;
+  bool texture = false, target = false;
+};
+
+// Luminance formats name the same bits for red, green and blue.
+constexpr std::array kLayouts{
+    Layout{Format::R8G8B8, 3, {}, {16, 8}, {8, 8}, {0, 8}, false, false},
+    Layout{Format::A8R8G8B8, 4, {24, 8}, {16, 8}, {8, 8}, {0, 8}, true, true},
+    Layout{Format::X8R8G8B8, 4, {}, {16, 8}, {8, 8}, {0, 8}, true, true},
+    Layout{Format::R5G6B5, 2, {}, {11, 5}, {5, 6}, {0, 5}, true, true},
+    Layout{Format::X1R5G5B5, 2, {}, {10, 5}, {5, 5}, {0, 5}, true, true},
+    Layout{Format::A1R5G5B5, 2, {15, 1}, {10, 5}, {5, 5}, {0, 5}, true, true},
+    Layout{Format::A4R4G4B4, 2, {12, 4}, {8, 4}, {4, 4}, {0, 4}, true, false},
+    Layout{Format::X4R4G4B4, 2, {}, {8, 4}, {4, 4}, {0, 4}, true, false},
+    Layout{Format::A8, 1, {0, 8}, {}, {}, {}, true, false},
+    Layout{Format::L8, 1, {}, {0, 8}, {0, 8}, {0, 8}, true, false},
+    Layout{Format::A8L8, 2, {8, 8}, {0, 8}, {0, 8}, {0, 8}, true, false},
+};
+
+const Layout* find(Format format) {
+  const auto at = std::ranges::find(kLayouts, format, &Layout::format);
+  return at == kLayouts.end() ? nullptr : &*at;
+}
+
+const Layout& layoutOf(Format format) {
+  if (const Layout* layout = find(format)) return *layout;
+  throw DeviceError(kErrorInvalidCall,
+                    "no surface has the format " + std::to_string(static_cast<std::uint32_t>(format)));
+}
+
+// Repeats the bits of a value until they fill 8, so that all ones become 255 and all zeros 0.
+std::uint32_t expand(std::uint32_t pixel, Channel channel, std::uint32_t missing) {
+  if (channel.bits == 0) return missing;
+  const std::uint32_t limit = (1u << channel.bits) - 1;
+  std::uint32_t value = ((pixel >> channel.shift) & limit) << (8 - channel.bits);
+  for (std::uint32_t bits = channel.bits; bits < 8; bits *= 2) value |= value >> bits;
+  return value;
+}
+
+// The nearest value of the narrower channel.
+std::uint32_t narrow(std::uint32_t value, Channel channel) {
+  const std::uint32_t limit = (1u << channel.bits) - 1;
+  return ((value * limit + 127) / 255) << channel.shift;
+}
+
+}  // namespace
+
+std::uint32_t bytesPerPixel(Format format) { return layoutOf(format).bytes; }
+
+bool isTextureFormat(Format format) {
+  const Layout* layout = find(format);
+  return layout && layout->texture;
+}
+
+bool isTargetFormat(Format format) {
+  const Layout* layout = find(format);
+  return layout && layout->target;
+}
+
+bool isDepthFormat(Format format) {
+  return format == Format::D16 || format == Format::D32 || format == Format::D24S8 || format == Format::D24X8;
+}
+
+bool hasAlpha(Format format) {
+  const Layout* layout = find(format);
+  return layout && layout->alpha.bits != 0;
+}
+
+std::uint32_t toArgb(Format format, std::uint32_t value) {
+  const Layout& layout = layoutOf(format);
+  return expand(value, layout.alpha, 255) << 24 | expand(value, layout.red, 0) << 16 |
+         expand(value, layout.green, 0) << 8 | expand(value, layout.blue, 0);
+}
+
+std::uint32_t fromArgb(Format format, std::uint32_t argb) {
+  const Layout& layout = layoutOf(format);
+  const std::uint32_t red = argb >> 16 & 255, green = argb >> 8 & 255, blue = argb & 255;
+  const std::uint32_t alpha = narrow(argb >> 24, layout.alpha);
+  if (layout.red.bits != 0 && layout.red.shift == layout.blue.shift) {
+    // Luminance: the weights of the ITU's recommendation 601, in 1/256; grey stays exactly as it is.
+    return alpha | narrow((red * 77 + green * 150 + blue * 29) >> 8, layout.red);
+  }
+  return alpha | narrow(red, layout.red) | narrow(green, layout.green) | narrow(blue, layout.blue);
+}
+
+std::uint32_t fullLevelCount(std::uint32_t width, std::uint32_t height) {
+  return static_cast<std::uint32_t>(std::bit_width(std::max({width, height, 1u})));
+}
+
+}  // namespace ql::device
