@@ -86,8 +86,9 @@ class Boolean {
  public:
   constexpr Boolean() = default;
   template <class T, class = std::enable_if_t<std::is_arithmetic_v<T>>>
-  constexpr Boolean(T value) : value_(value != T{} ? std::int16_t{-1} : std::int16_t{0}) {}  // NOLINT(google-explicit-constructor)
-  constexpr operator bool() const { return value_ != 0; }  // NOLINT(google-explicit-constructor)
+  constexpr Boolean(T value)
+      : value_(value != T{} ? std::int16_t{-1} : std::int16_t{0}) {}  // NOLINT(google-explicit-constructor)
+  constexpr operator bool() const { return value_ != 0; }             // NOLINT(google-explicit-constructor)
   /// -1 or 0.
   constexpr std::int16_t Value() const { return value_; }
 
@@ -105,8 +106,9 @@ inline constexpr Boolean False{false};
 template <class T>
 class ByRef {
   template <class U>
-  static constexpr bool kOtherVariable = std::is_lvalue_reference_v<U> && !std::is_const_v<std::remove_reference_t<U>> &&
-                                         std::is_arithmetic_v<std::remove_reference_t<U>> && std::is_arithmetic_v<T>;
+  static constexpr bool kOtherVariable =
+      std::is_lvalue_reference_v<U> && !std::is_const_v<std::remove_reference_t<U>> &&
+      std::is_arithmetic_v<std::remove_reference_t<U>> && std::is_arithmetic_v<T>;
 
  public:
   ByRef(T& variable) : target_(&variable) {}  // NOLINT(google-explicit-constructor)

@@ -1,0 +1,139 @@
+/// @file
+/// The engine's inner objects, for hosts that need more than the classes offer.
+#ifndef QUASARLENS3D_INTERNALOBJECTS8_H
+#define QUASARLENS3D_INTERNALOBJECTS8_H
+
+#include <Quasarlens3D/Export.h>
+#include <Quasarlens3D/Handle.h>
+#include <Quasarlens3D/Texture8.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace Quasarlens3D {
+
+namespace Detail {
+struct RootObject;
+struct DeviceHandleObject;
+struct UtilityObject;
+struct DeviceTextureObject;
+struct SurfaceHandleObject;
+struct InternalsObject;
+}  // namespace Detail
+
+/// The root of the rendering devices.
+class QUASARLENS3D_API Direct3DObject : public Detail::Handle<Detail::RootObject> {
+ public:
+  /// Nothing.
+  Direct3DObject() noexcept;
+
+ private:
+  friend struct Detail::Access;
+  using Handle::Handle;
+};
+
+/// The rendering device.
+class QUASARLENS3D_API DeviceObject : public Detail::Handle<Detail::DeviceHandleObject> {
+ public:
+  /// Nothing.
+  DeviceObject() noexcept;
+
+ private:
+  friend struct Detail::Access;
+  using Handle::Handle;
+};
+
+/// The utility library.
+class QUASARLENS3D_API D3DXObject : public Detail::Handle<Detail::UtilityObject> {
+ public:
+  /// Nothing.
+  D3DXObject() noexcept;
+
+ private:
+  friend struct Detail::Access;
+  using Handle::Handle;
+};
+
+/// A texture of the device.
+class QUASARLENS3D_API TextureObject : public Detail::Handle<Detail::DeviceTextureObject> {
+ public:
+  /// Nothing.
+  TextureObject() noexcept;
+  /// Size of its largest level, pixels. @throws Error 91 for nothing
+  std::int32_t Width() const;
+  std::int32_t Height() const;
+
+ private:
+  friend struct Detail::Access;
+  using Handle::Handle;
+};
+
+/// A picture of the device.
+class QUASARLENS3D_API SurfaceObject : public Detail::Handle<Detail::SurfaceHandleObject> {
+ public:
+  /// Nothing.
+  SurfaceObject() noexcept;
+  /// Size in pixels. @throws Error 91 for nothing
+  std::int32_t Width() const;
+  std::int32_t Height() const;
+  /// The format's number: 21 A8R8G8B8, 22 X8R8G8B8, 23 R5G6B5, ...
+  std::int32_t Format() const;
+  /// All pixels, rows from the top, each packed 0xAARRGGBB whatever the format (255 for a missing alpha). Reading the
+  /// back buffer waits until what was drawn is finished. @throws Error 91 for nothing, or with the device's code
+  std::vector<std::uint32_t> ReadPixels() const;
+
+ private:
+  friend struct Detail::Access;
+  using Handle::Handle;
+};
+
+/// Which device the engine draws with.
+enum CONST_QL_DEVICEKIND : std::int32_t {
+  QL_DEVICE_NONE = 0,  ///< before Quasarlens8.Initialize
+  QL_DEVICE_HARDWARE = 1,
+  QL_DEVICE_REFERENCE = 2  ///< the software renderer
+};
+
+/// What the last finished frame drew.
+struct FrameStatistics {
+  std::uint32_t faces = 0;      ///< of levels, each counted once
+  std::uint64_t triangles = 0;  ///< handed to the device, all passes
+  std::uint64_t drawCalls = 0;
+};
+
+/// Access to the engine's inner objects. It has no state of its own; each call returns a new reference.
+class QUASARLENS3D_API InternalObjects8 : public Detail::Handle<Detail::InternalsObject> {
+ public:
+  InternalObjects8();
+  InternalObjects8(std::nullptr_t) noexcept;  // NOLINT(google-explicit-constructor)
+
+  /// The device's back buffer. @throws Error 91 before Quasarlens8.Initialize
+  SurfaceObject GetBackbuffer() const;
+  /// The utility library.
+  D3DXObject GetD3DXLibrary() const;
+  /// The device; nothing before Quasarlens8.Initialize.
+  DeviceObject GetDevice3D() const;
+  /// The root object; nothing without an engine object.
+  Direct3DObject GetDirect3D() const;
+
+  /// The device's texture behind a handle; nothing when the picture could not be loaded.
+  /// @throws Error 91 for nothing, 9 for a handle whose index lies outside the table
+  TextureObject GetTexture(const Texture8& Texture) const;
+  /// CONST_QL_DEVICEKIND: the kind in use, which is the reference device where the hardware device failed.
+  std::int32_t GetDeviceKind() const;
+  /// What the last finished frame drew.
+  FrameStatistics GetFrameStatistics() const;
+  /// Replaces the tick counter that all timing and movement follows, for tests and replays.
+  /// @param Ticks returns milliseconds, never less than before; it may wrap. Empty: the system's counter again
+  void SetClock(std::function<std::uint32_t()> Ticks);
+
+ private:
+  friend struct Detail::Access;
+  using Handle::Handle;
+};
+
+}  // namespace Quasarlens3D
+
+#endif

@@ -1,0 +1,19 @@
+/// @file
+/// Everything.
+#ifndef QUASARLENS3D_QUASARLENS3D_H
+#define QUASARLENS3D_QUASARLENS3D_H
+
+#include <Quasarlens3D/BSPTree8.h>
+#include <Quasarlens3D/Camera8.h>
+#include <Quasarlens3D/Error.h>
+#include <Quasarlens3D/Event.h>
+#include <Quasarlens3D/Globals8.h>
+#include <Quasarlens3D/InternalObjects8.h>
+#include <Quasarlens3D/MaterialFactory8.h>
+#include <Quasarlens3D/Quasarlens8.h>
+#include <Quasarlens3D/Scene8.h>
+#include <Quasarlens3D/Texture8.h>
+#include <Quasarlens3D/TextureFactory8.h>
+#include <Quasarlens3D/Types.h>
+
+#endif
