@@ -7,17 +7,21 @@
 #include "engine/EngineError.h"
 #include "math/Matrix.h"
 #include "platform/device/Direct3D.h"
+#include "platform/fonts/FontFace.h"
 #include "platform/host/Clock.h"
 #include "platform/host/Settings.h"
 #include "platform/utility/Font.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
-#include <string>
 #include <typeindex>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace ql::engine {
@@ -28,6 +32,31 @@ enum class FrameStage : std::uint8_t {
   Cursor,     ///< the mouse cursor, inside the scene
   Input,      ///< sampling of devices, after presenting
   EndOfFrame  ///< resets, last
+};
+/// What happened to the device, for whoever keeps something on it.
+enum class DeviceStage : std::uint8_t {
+  Created,  ///< a new device has its states; registries start afresh
+  Resized   ///< the device has new targets: the host's RestoreObjectsAfterResize
+};
+/// What releasing the engine does before it gives up the device, in this order.
+enum class ReleaseStage : std::uint8_t { Materials, Textures, Screen, Scene, Level, Landscape };
+
+/// Steps that subsystems register with the layers below them. They run by stage, within a stage in order of
+/// registration; a step may register further steps.
+template <class Stage, std::size_t kCount>
+class StepTable {
+ public:
+  void add(Stage stage, std::function<void()> step) { steps_[index(stage)].push_back(std::move(step)); }
+  void run(Stage stage) const {
+    for (std::size_t i = 0; i < steps_[index(stage)].size(); ++i) {
+      const std::function<void()> step = steps_[index(stage)][i];  // the list may grow under it
+      step();
+    }
+  }
+
+ private:
+  static constexpr std::size_t index(Stage stage) { return static_cast<std::size_t>(stage); }
+  std::array<std::vector<std::function<void()>>, kCount> steps_;
 };
 
 /// What the last finished frame drew.
@@ -73,10 +102,12 @@ struct EngineContext {
   std::shared_ptr<device::Window> internalWindow;  ///< made on first use
   std::shared_ptr<device::Window> focusWindow;
   bool fullScreen = false, deviceReady = false;
+  bool inFrame = false;  ///< between clear and renderToScreen
   device::DeviceType deviceType = device::DeviceType::Hardware;
   device::Capabilities deviceCaps;
   float maxPointSize = 0;
   device::Format textureFormat = device::Format::Unknown, alphaTextureFormat = device::Format::Unknown;
+  fonts::FontRequest internalFont;  ///< the font of the engine's own window, which the system font is made from
   std::unique_ptr<utility::Font> systemFont;
 
   // View.
@@ -96,6 +127,7 @@ struct EngineContext {
   float framesPerSecond = 0;
   FrameStatistics statistics;  ///< of the last finished frame
   std::uint32_t facesThisFrame = 0;
+  device::Statistics countedWork;  ///< the device's counts when the last frame finished
 
   // Flags and queries.
   bool console = false, displayFps = false, fogEnabled = false;
@@ -105,9 +137,9 @@ struct EngineContext {
 
   /// Draws the 2D background over a cleared frame, when a subsystem provides one.
   std::function<void()> drawBackground;
-  /// Steps that run at a frame's end, in the order of their stages, within a stage in order of registration.
-  void addFrameStep(FrameStage stage, std::function<void()> step);
-  void runFrameSteps(FrameStage stage);
+  StepTable<FrameStage, 4> frameSteps;
+  StepTable<DeviceStage, 2> deviceSteps;
+  StepTable<ReleaseStage, 6> releaseSteps;
 
   std::uint32_t ticks() const { return platform.ticks(); }
   /// The device. @throws EngineError 91 before Initialize
@@ -123,7 +155,6 @@ struct EngineContext {
 
  private:
   std::unordered_map<std::type_index, std::shared_ptr<void>> subsystems_;
-  std::array<std::vector<std::function<void()>>, 4> steps_;
 };
 
 }  // namespace ql::engine

@@ -20,8 +20,9 @@ class EngineError : public std::runtime_error {
   std::int32_t number;
 };
 
-/// Number and description of any exception of the layers below: EngineError, FileFault, DeviceError, std::bad_alloc,
-/// std::out_of_range (9), std::domain_error (11), others (5). Call it inside a catch block.
+/// Number and description of any exception of the layers below: EngineError, FileFault, DeviceError, std::bad_alloc
+/// (7), std::out_of_range (9), std::domain_error (11), std::overflow_error (6), others (5). Call it inside a catch
+/// block.
 EngineError currentError();
 
 }  // namespace ql::engine
