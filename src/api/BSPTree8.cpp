@@ -1,0 +1,44 @@
+#include "api/Guard.h"
+#include "api/Numbers.h"
+
+#include <Quasarlens3D/BSPTree8.h>
+
+namespace Quasarlens3D {
+
+using namespace ql;
+using api::call;
+using Detail::LevelObject;
+
+BSPTree8::BSPTree8() : Handle(api::create<LevelObject>()) {
+  call(*this, [&](LevelObject& self) { self.context->get<api::KeptAlive>().level = api::Access::pointer(*this); });
+}
+BSPTree8::BSPTree8(std::nullptr_t) noexcept : Handle(nullptr) {}
+
+void BSPTree8::Load(ByRef<std::string> Filename, Boolean LoadLightMaps, Boolean LoadTexture, Boolean TextureNumber,
+                    const std::string& TexturePath, Boolean CreateDynamicLights, Boolean CreateMipmaps) {
+  call(*this, [&](LevelObject& self) {
+    self.level.load(*Filename, {.loadLightMaps = LoadLightMaps,
+                                .loadTextures = LoadTexture,
+                                .textureNumber = TextureNumber,
+                                .texturePath = TexturePath,
+                                .createDynamicLights = CreateDynamicLights,
+                                .createMipmaps = CreateMipmaps});
+  });
+}
+void BSPTree8::Render() {
+  call(*this, [](LevelObject& self) { self.level.render(); });
+}
+void BSPTree8::SetParameters(Boolean UseLightMaps, Boolean UsePVSInfo, std::int32_t Culling, Boolean DisplaySky) {
+  call(*this, [&](LevelObject& self) { self.level.setParameters(UseLightMaps, UsePVSInfo, Culling, DisplaySky); });
+}
+void BSPTree8::SetPosition(float x, float y, float z) {
+  call(*this, [&](LevelObject& self) { self.level.setPosition(x, y, z); });
+}
+void BSPTree8::SetCurvePrecision(std::int32_t CurvePrecision) {
+  call(*this, [&](LevelObject& self) { self.level.setCurvePrecision(api::toShort(CurvePrecision)); });
+}
+Vec3 BSPTree8::GetStartPlayerPosition() const {
+  return call(*this, [](LevelObject& self) { return self.level.startPosition(); });
+}
+
+}  // namespace Quasarlens3D
