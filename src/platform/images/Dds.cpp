@@ -83,6 +83,8 @@ PixelLayout layoutOfMasks(const ByteReader& file, std::uint32_t flags) {
     layout.masks.blue = mask(100);
   }
   if ((flags & (kAlphaPixels | kAlphaOnly)) != 0) layout.masks.alpha = mask(104);
+  // Some writers of grey pixels place the mask elsewhere: the grey is the lowest byte.
+  if (layout.grey && layout.masks.red == 0) layout.masks.red = 0xFF;
   if (!MaskDecoder::valid(layout.masks)) throw FileFault(Fault::BadEncoding, "channel masks", 92, layout.masks.red);
   return layout;
 }
