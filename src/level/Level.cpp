@@ -1,0 +1,110 @@
+#include "level/Level.h"
+
+#include "level/EntityText.h"
+#include "level/LevelState.h"
+#include "platform/host/Files.h"
+
+#include <cstring>
+#include <numbers>
+#include <utility>
+
+namespace ql::level {
+namespace {
+
+constexpr std::uint64_t kIdentifierSize = 4;
+
+/// Makes the file available when an archive holds it, reads it, and removes the archive's copy again.
+std::vector<std::byte> readLevelFile(engine::EngineContext& context, std::string& fileName) {
+  context.pak.expand(fileName);
+  struct Remover {
+    archive::PakArchive& pak;
+    const std::string& name;
+    ~Remover() { pak.deleteExpanded(name); }
+  } remover{context.pak, fileName};
+  return host::readFile(fileName);
+}
+
+void loadByKind(LevelState& level, std::string& fileName) {
+  std::vector<std::byte> file = readLevelFile(level.context, fileName);
+  if (isQ3Bsp(file)) {
+    level.context.log.write(" QUAKE 3 MAP .");
+    loadQuake3(level, std::move(file));
+    return;
+  }
+  std::uint32_t identifier = 0;
+  if (file.size() < kIdentifierSize)
+    throw host::FileFault(host::Fault::Truncated, "level identifier", 0, kIdentifierSize, file.size());
+  std::memcpy(&identifier, file.data(), sizeof identifier);
+  throw host::FileFault(host::Fault::Unsupported, "level file", 0, identifier);
+}
+
+}  // namespace
+
+struct Level::Impl : LevelState {
+  using LevelState::LevelState;
+};
+
+math::Mat4 levelRotation() { return math::rotationX(-std::numbers::pi_v<float> / 2); }
+
+Level::Level(engine::EngineContext& context) : impl_(std::make_unique<Impl>(context)) {
+  context.log.write("BSP Tree object initialized. STATE : OK");
+  context.get<ActiveLevel>().level = this;
+}
+
+Level::~Level() {
+  engine::EngineContext& context = impl_->context;
+  context.log.write("BSP Tree : Desallocate Memory from textures and lightmaps. ");
+  context.log.write("Desallocate texture memory. Please Wait...");
+  ActiveLevel& active = context.get<ActiveLevel>();
+  if (active.level == this) active.level = nullptr;
+}
+
+void Level::load(std::string& fileName, const LoadOptions& options) {
+  diagnostics::Log& log = impl_->context.log;
+  // The panel that shows progress on the screen stands before this and each of the later steps.
+  for (const char* line : {"", "------------------------------------", "  BSP Loader for Quasarlens ",
+                           "------------------------------------", " Load header and lumps."})
+    log.write(line);
+  impl_->createMipmaps = options.createMipmaps;
+  try {
+    loadByKind(*impl_, fileName);
+  } catch (...) {
+    const engine::EngineError error = engine::currentError();
+    log.write(std::string("BSP TREE : Error during loading : ") + error.what() + ' ' + std::to_string(error.number));
+  }
+}
+
+void Level::render() {
+  impl_->context.requireDevice();
+  if (impl_->kind == LevelKind::Quake3) renderQuake3(*impl_);
+}
+
+void Level::setParameters(bool useLightMaps, bool usePvsInfo, std::int32_t culling, bool displaySky) {
+  impl_->useLightMaps = useLightMaps;
+  impl_->usePvsInfo = usePvsInfo;
+  impl_->culling = static_cast<std::uint32_t>(culling);
+  impl_->displaySky = displaySky;
+}
+
+void Level::setPosition(float x, float y, float z) {
+  impl_->levelMatrix = math::multiply(levelRotation(), math::translation(x, y, z));
+}
+
+void Level::setCurvePrecision(std::int16_t precision) { impl_->curvePrecision = precision; }
+
+math::Vec3 Level::startPosition() const {
+  std::string_view text = impl_->data.entityText;
+  while (const auto entity = firstEntity(text)) {
+    const auto holds = [&](std::string_view name) { return entity->block.find(name) != std::string_view::npos; };
+    if (holds("info_player_start") || holds("info_player_deathmatch")) {
+      const math::Vec3 origin = parseVector(entityValue(entity->block, "origin"));
+      return math::transformPoint({-origin.x, origin.y, origin.z}, impl_->levelMatrix);
+    }
+    text = entity->rest;
+  }
+  return {};
+}
+
+const std::string& Level::entityText() const { return impl_->data.entityText; }
+
+}  // namespace ql::level

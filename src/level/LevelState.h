@@ -1,0 +1,41 @@
+/// @file
+/// Everything that a level object holds, for the steps that load and draw it.
+#pragma once
+
+#include "engine/EngineContext.h"
+#include "level/LevelData.h"
+#include "level/Visibility.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace ql::level {
+
+enum class LevelKind : std::uint8_t { HalfLife = 0, Quake3 = 1 };
+
+struct LevelState {
+  explicit LevelState(engine::EngineContext& engineContext) : context(engineContext) {}
+
+  engine::EngineContext& context;
+  LevelKind kind = LevelKind::HalfLife;
+  LevelData data;
+  VisibleFaces visible;
+  math::Mat4 levelMatrix = math::identity();
+
+  bool createMipmaps = true;
+  bool useLightMaps = true, usePvsInfo = true, displaySky = false;
+  std::uint32_t culling = 1;
+  std::int16_t curvePrecision = 0;
+};
+
+/// Turns the file's z-up space into the engine's y-up, left-handed one: with x negated, a file point (x, y, z) lands at
+/// (-x, z, -y).
+math::Mat4 levelRotation();
+
+/// Loads a level of this kind from its file's bytes, which are freed as soon as they are not needed any more.
+void loadQuake3(LevelState& level, std::vector<std::byte> file);
+void renderQuake3(LevelState& level);
+
+}  // namespace ql::level

@@ -1,0 +1,143 @@
+#include "level/FaceBuilder.h"
+#include "level/LevelState.h"
+#include "level/Lightmap.h"
+#include "platform/host/ByteReader.h"
+#include "platform/host/Files.h"
+#include "render/TextureTable.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace ql::level {
+namespace {
+
+/// A damaged file cannot make the log grow without bounds.
+constexpr std::uint32_t kMostPatchLines = 1000;
+
+template <class Count>
+void logCount(diagnostics::Log& log, std::string_view label, Count count) {
+  log.write(std::string(label) + std::to_string(count));
+}
+
+void logStatistics(diagnostics::Log& log, const Q3Bsp& file) {
+  logCount(log, " num  Shader        : ", file.textures.size());
+  logCount(log, " size Entities      : ", file.entities.size());
+  logCount(log, " num  Vertex        : ", file.vertices.size());
+  logCount(log, " num  Face          : ", file.faces.size());
+  logCount(log, " num  Vertex elem   : ", file.meshVertices.size());
+  logCount(log, " num  Indexed faces : ", file.header.lump(Lump::LeafFaces).length / sizeof(std::int32_t));
+  logCount(log, " size PVS Info      : ", file.header.lump(Lump::Visibility).length);
+  logCount(log, " num  Cluster       : ", file.visibility.clusterCount);
+  logCount(log, " num  Leafs         : ", file.leaves.size());
+  log.write("-------------------------------------------");
+}
+
+void loadLightmaps(LevelState& level, std::span<const std::byte> bytes) {
+  for (std::size_t at = 0; at + kLightmapBytes <= bytes.size(); at += kLightmapBytes)
+    level.data.lightmaps.push_back(
+        createLightmapTexture(level.context, bytes.subspan(at, kLightmapBytes), kLightmapSide, kLightmapSide));
+}
+
+/// The image file that a texture's name, which has no ending, means.
+std::string imageFile(const std::string& name) {
+  const std::string targa = name + ".TGA";
+  return host::fileExists(targa) ? targa : name + ".JPG";
+}
+
+void loadTextures(LevelState& level, const std::vector<Q3Texture>& textures) {
+  level.data.textures.reserve(textures.size());
+  for (const Q3Texture& texture : textures) {
+    LevelTexture& loaded = level.data.textures.emplace_back();
+    loaded.name = host::fieldText(texture.name);
+    std::string file = imageFile(loaded.name);
+    std::int32_t width = -1, height = -1, colorKey = 0;
+    const auto handle = render::loadTexture(level.context, file, "", width, height, colorKey);
+    loaded.texture = level.context.get<render::TextureTable>().entries.at(handle->index).texture;
+  }
+}
+
+void buildLevelFaces(LevelState& level, const Q3Bsp& file, std::vector<LevelVertex>& vertices) {
+  diagnostics::Log& log = level.context.log;
+  BuiltFaces built = buildFaces(file, level.curvePrecision);
+  for (std::uint32_t i = 0; i < std::min(built.badPatches, kMostPatchLines); ++i)
+    log.write("QUAKE 3 MESH CURVES MAKER : ERROR : Bad controls points");
+  if (built.crowdedFaces != 0)
+    log.write("BSP TREE : " + std::to_string(built.crowdedFaces) +
+              " curved faces left out, the level has too many vertices");
+  level.data.faces = std::move(built.records);
+  vertices = std::move(built.vertices);
+}
+
+void buildLeaves(LevelData& data, const std::vector<Q3Leaf>& leaves) {
+  data.leaves.reserve(leaves.size());
+  data.leafSpheres.reserve(leaves.size());
+  for (const Q3Leaf& leaf : leaves) {
+    data.leaves.push_back({leaf.cluster, leaf.mins, leaf.maxs, leaf.firstLeafFace, leaf.leafFaceCount});
+    data.leafSpheres.push_back(leafSphere(data.leaves.back()));
+  }
+}
+
+void createVertexBuffer(LevelState& level, const std::vector<LevelVertex>& vertices) {
+  constexpr std::uint32_t kNoUsage = 0;
+  const std::span<const std::byte> bytes = std::as_bytes(std::span(vertices));
+  level.data.vertices = level.context.requireDevice().createVertexBuffer(
+      std::max(bytes.size(), sizeof(LevelVertex)), kNoUsage, kLevelVertexFormat, device::Pool::Default);
+  level.data.vertices->write(0, bytes);
+  level.data.positions.reserve(vertices.size());
+  for (const LevelVertex& vertex : vertices) level.data.positions.push_back({vertex.x, vertex.y, vertex.z});
+}
+
+void transformFaces(LevelState& level, Q3Bsp& file) {
+  loadTextures(level, file.textures);
+  std::vector<LevelVertex> vertices;
+  buildLevelFaces(level, file, vertices);
+  // Only the expanded vertices are needed from here on.
+  file.vertices = {};
+  file.faces = {};
+  file.meshVertices = {};
+  buildLeaves(level.data, file.leaves);
+  createVertexBuffer(level, vertices);
+}
+
+}  // namespace
+
+void loadQuake3(LevelState& level, std::vector<std::byte> bytes) {
+  diagnostics::Log& log = level.context.log;
+  level.kind = LevelKind::Quake3;
+  level.data = {};
+  level.visible.reset();
+
+  Q3Bsp file;
+  file.header = readQ3Header(bytes);
+  for (const char* line : {"", "---------------------------------", " QUAKE BSP 3 Loading Stats       ",
+                           "---------------------------------"})
+    log.write(line);
+  try {
+    readQ3Lumps(bytes, file);
+  } catch (...) {
+    level.data.entityText = std::move(file.entities);
+    throw;
+  }
+  logStatistics(log, file);
+  if (file.repairs.count != 0)
+    log.write("BSP TREE : " + std::to_string(file.repairs.count) +
+              " damaged entries ignored, the first: " + file.repairs.first);
+  level.data.entityText = std::move(file.entities);
+  level.data.leafFaces = std::move(file.leafFaces);
+  level.data.visibility = std::move(file.visibility);
+  level.data.nodes = std::move(file.nodes);
+  level.data.models = std::move(file.models);
+  level.data.planes = std::move(file.planes);
+
+  logCount(log, "Load Lightmaps : ", file.lightmapCount());
+  loadLightmaps(level, file.lightmaps);
+  file.lightmaps = {};
+  bytes = {};
+  level.levelMatrix = levelRotation();
+  log.write("Transform faces for Quasarlens");
+  transformFaces(level, file);
+}
+
+}  // namespace ql::level

@@ -1,0 +1,154 @@
+#include "level/Visibility.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <utility>
+
+namespace ql::level {
+namespace {
+
+constexpr std::uint32_t kRebuildAfter = 2000;  // milliseconds
+constexpr float kTurnLimit = 0.7f;             // cosine of the turn that forces a rebuild
+constexpr float kFrustumMargin = 30;           // world units that a sphere may lie outside and still counts as visible
+
+/// From the world into the level's space, for a matrix that rotates and moves.
+math::Vec3 toLevelSpace(const math::Vec3& point, const math::Mat4& m) {
+  const math::Vec3 p = math::subtract(point, {m.m41, m.m42, m.m43});
+  return {p.x * m.m11 + p.y * m.m12 + p.z * m.m13, p.x * m.m21 + p.y * m.m22 + p.z * m.m23,
+          p.x * m.m31 + p.y * m.m32 + p.z * m.m33};
+}
+
+bool sphereVisible(const LeafSphere& sphere, const View& view) {
+  const math::Vec3 center = math::transformPoint(sphere.center, view.world);
+  return std::none_of(view.frustum.begin(), view.frustum.end(), [&](const math::Plane& plane) {
+    return math::distance(plane, center) < -sphere.radius - kFrustumMargin;
+  });
+}
+
+/// Rearranges low..high around its middle key and returns the two parts that are left to sort: low..j and i..high.
+std::pair<std::ptrdiff_t, std::ptrdiff_t> partition(std::vector<VisibleFace>& faces, std::ptrdiff_t low,
+                                                    std::ptrdiff_t high) {
+  const auto at = [&](std::ptrdiff_t i) -> VisibleFace& { return faces[static_cast<std::size_t>(i)]; };
+  const std::int32_t pivot = at((low + high) / 2).key;
+  std::ptrdiff_t i = low, j = high;
+  while (i <= j) {
+    while (at(i).key < pivot) ++i;
+    while (at(j).key > pivot) --j;
+    if (i <= j) std::swap(at(i++), at(j--));
+  }
+  return {j, i};
+}
+
+}  // namespace
+
+std::int32_t findCluster(const LevelData& level, const math::Mat4& levelMatrix, const math::Vec3& point) {
+  const math::Vec3 p = toLevelSpace(point, levelMatrix);
+  const std::array<float, 3> at{-p.x, p.y, p.z};
+  for (std::size_t i = 1; i < level.leaves.size(); ++i) {
+    const Leaf& leaf = level.leaves[i];
+    bool inside = true;
+    for (std::size_t axis = 0; inside && axis < 3; ++axis)
+      inside = static_cast<float>(leaf.mins[axis]) <= at[axis] && at[axis] <= static_cast<float>(leaf.maxs[axis]);
+    if (inside) return leaf.cluster;
+  }
+  return 0;
+}
+
+void sortByKey(std::vector<VisibleFace>& faces) {
+  // The two parts of a partition do not touch each other, so that the order of sorting them does not show: the larger
+  // one waits on the stack, which therefore stays logarithmic.
+  struct Part {
+    std::ptrdiff_t low, high;
+  };
+  std::vector<Part> waiting{{0, static_cast<std::ptrdiff_t>(faces.size()) - 1}};
+  // A level made to defeat the middle pivot would take quadratic time. Far beyond what any other level needs, the rest
+  // is sorted in another way.
+  std::uint64_t work = 64 * faces.size() * (static_cast<std::uint64_t>(std::bit_width(faces.size())) + 1);
+  while (!waiting.empty()) {
+    auto [low, high] = waiting.back();
+    waiting.pop_back();
+    while (low < high) {
+      const auto length = static_cast<std::uint64_t>(high - low + 1);
+      if (length > work) {
+        std::stable_sort(faces.begin() + low, faces.begin() + high + 1,
+                         [](const VisibleFace& a, const VisibleFace& b) { return a.key < b.key; });
+        break;
+      }
+      work -= length;
+      const auto [j, i] = partition(faces, low, high);
+      if (j - low < high - i) {
+        waiting.push_back({i, high});
+        high = j;
+      } else {
+        waiting.push_back({low, j});
+        low = i;
+      }
+    }
+  }
+}
+
+void VisibleFaces::reset() { *this = VisibleFaces(); }
+
+void VisibleFaces::update(const LevelData& level, const View& view) {
+  const math::Vec3 direction = math::normalize(math::subtract(view.lookAt, view.position));
+  const bool clusterChanged = view.position != lastPosition_ && enterCluster(level, view);
+  if (!view.usePvs) {
+    if (!holdsAll_) listAll(level);
+    return;
+  }
+  const bool turned = std::abs(math::dot(direction, lastDirection_)) < kTurnLimit;
+  if (!clusterChanged && !turned && view.ticks - lastRebuild_ <= kRebuildAfter) return;
+  lastDirection_ = direction;
+  rebuild(level, view);
+  lastRebuild_ = view.ticks;
+}
+
+/// Notes the camera's place; true when it is in another cluster than before, whose row is then decoded.
+bool VisibleFaces::enterCluster(const LevelData& level, const View& view) {
+  lastPosition_ = view.position;
+  const std::int32_t found = findCluster(level, view.levelMatrix, view.position);
+  if (found == -1 || found == cluster_) return false;
+  cluster_ = found;
+  const Q3Visibility& visibility = level.visibility;
+  if (found < 0 || found >= visibility.clusterCount) return true;
+  const std::size_t row = static_cast<std::size_t>(found) * static_cast<std::size_t>(visibility.bytesPerCluster);
+  clusterVisible_.resize(static_cast<std::size_t>(visibility.clusterCount));
+  for (std::size_t c = 0; c < clusterVisible_.size(); ++c)
+    clusterVisible_[c] =
+        std::to_integer<std::uint8_t>(visibility.rows[row + c / 8]) & static_cast<std::uint8_t>(1U << c % 8);
+  return true;
+}
+
+bool VisibleFaces::clusterVisible(std::int32_t cluster) const {
+  return cluster >= 0 && (clusterVisible_.empty() || clusterVisible_[static_cast<std::size_t>(cluster)] != 0);
+}
+
+void VisibleFaces::listAll(const LevelData& level) {
+  list_.clear();
+  for (std::size_t i = 0; i < level.faces.size(); ++i)
+    list_.push_back({static_cast<std::int32_t>(i), level.faces[i].key});
+  sortByKey(list_);
+  marks_.clear();
+  holdsAll_ = true;
+}
+
+void VisibleFaces::rebuild(const LevelData& level, const View& view) {
+  marks_.assign(level.faces.size(), 0);
+  list_.clear();
+  holdsAll_ = false;
+  for (std::size_t i = 1; i < level.leaves.size(); ++i) {
+    const Leaf& leaf = level.leaves[i];
+    if (leaf.leafFaceCount == 0 || !clusterVisible(leaf.cluster) || !sphereVisible(level.leafSpheres[i], view))
+      continue;
+    const auto first = static_cast<std::size_t>(leaf.firstLeafFace);
+    for (std::size_t k = first; k < first + static_cast<std::size_t>(leaf.leafFaceCount); ++k) {
+      const std::int32_t face = level.leafFaces[k];
+      if (std::exchange(marks_[static_cast<std::size_t>(face)], std::uint8_t{1}) == 0)
+        list_.push_back({face, level.faces[static_cast<std::size_t>(face)].key});
+    }
+  }
+  sortByKey(list_);
+}
+
+}  // namespace ql::level
