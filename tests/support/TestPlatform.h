@@ -44,7 +44,7 @@ class TempFolder {
   std::filesystem::path path_;
 };
 
-struct FakeWindow : device::Window {
+struct MachineWindow : device::Window {
   Size size{640, 480};
   std::string title;
   bool fullScreen = false, closing = false;
@@ -63,9 +63,9 @@ struct FakeWindow : device::Window {
 };
 
 /// One adapter, a desktop of 1024 x 768 in format 22. Windows of the host are those in hostWindows.
-struct FakeDisplay : device::Display {
-  std::map<std::intptr_t, std::shared_ptr<FakeWindow>> hostWindows;
-  std::vector<std::shared_ptr<FakeWindow>> ownWindows;
+struct MachineDisplay : device::Display {
+  std::map<std::intptr_t, std::shared_ptr<MachineWindow>> hostWindows;
+  std::vector<std::shared_ptr<MachineWindow>> ownWindows;
   std::vector<std::pair<std::string, std::string>> messages;  ///< title and text of each message box
   int pumped = 0;
 
@@ -76,7 +76,7 @@ struct FakeDisplay : device::Display {
   }
   device::DisplayMode desktopMode(std::uint32_t) const override { return {1024, 768, 60, 22}; }
   std::shared_ptr<device::Window> createWindow() override {
-    return ownWindows.emplace_back(std::make_shared<FakeWindow>());
+    return ownWindows.emplace_back(std::make_shared<MachineWindow>());
   }
   std::shared_ptr<device::Window> adoptWindow(std::intptr_t handle) override {
     const auto found = hostWindows.find(handle);
@@ -95,7 +95,7 @@ struct TestClock {
 
 /// The machine and everything on it that a test looks at.
 struct TestMachine {
-  std::shared_ptr<FakeDisplay> display = std::make_shared<FakeDisplay>();
+  std::shared_ptr<MachineDisplay> display = std::make_shared<MachineDisplay>();
   std::shared_ptr<TestClock> clock = std::make_shared<TestClock>();
   std::shared_ptr<TempFolder> folder = std::make_shared<TempFolder>();
   /// Back ends by device type; no hardware device, and a reference device that draws nothing.
