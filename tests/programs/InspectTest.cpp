@@ -33,7 +33,9 @@ TEST(Inspect, AgreesWithIndependentReadersOfLevels) {
     EXPECT_EQ(found["version"], facts["version"]);
     EXPECT_EQ(found["lumps"], facts["lumps"]);
     EXPECT_EQ(found["clusters"], facts["vis"]["clusters"]);
-    EXPECT_EQ(found["entity_classes"], facts["classnames"]);
+    // The facts hold the most frequent classes only.
+    for (const auto& [name, count] : facts["classnames"].items())
+      EXPECT_EQ(found["entity_classes"].value(name, 0), count);
     const auto textures = [](const json& names) { return std::multiset<std::string>(names.begin(), names.end()); };
     EXPECT_EQ(textures(found["textures"]), textures(facts["textures"]));
     for (const auto& [type, count] : facts["face_types"].items()) EXPECT_EQ(found["face_types"].value(type, 0), count);
