@@ -1,10 +1,10 @@
 #include "platform/host/Fault.h"
 #include "platform/images/Image.h"
+#include "support/JpgFile.h"
 
 #include <cstdlib>
 
 #include <gmock/gmock.h>
-#include <turbojpeg.h>
 
 namespace ql::images {
 namespace {
@@ -18,16 +18,7 @@ std::uint32_t quarter(int x, int y) {
 }
 
 std::vector<std::byte> jpgFile(const std::vector<std::uint32_t>& pixels, int format, int sampling, int flags) {
-  unsigned char* out = nullptr;
-  unsigned long size = 0;
-  void* encoder = tjInitCompress();
-  tjCompress2(encoder, reinterpret_cast<const unsigned char*>(pixels.data()), kWidth, 0, kHeight, format, &out, &size,
-              sampling, 95, flags);
-  const auto* bytes = reinterpret_cast<const std::byte*>(out);
-  std::vector<std::byte> file(bytes, bytes + size);
-  tjFree(out);
-  tjDestroy(encoder);
-  return file;
+  return test::jpgFile(pixels, kWidth, kHeight, format, sampling, flags);
 }
 
 std::vector<std::uint32_t> quarters() {
