@@ -15,9 +15,9 @@ const std::vector<Size>& standardSizes() {
 
 std::vector<device::DisplayMode> modesOf(std::vector<Size> sizes, std::uint32_t refreshRate) {
   const auto key = [](const Size& size) { return std::tuple(size.width, size.height); };
-  std::ranges::sort(sizes, {}, key);
-  const auto doubles = std::ranges::unique(sizes, {}, key);
-  sizes.erase(doubles.begin(), doubles.end());
+  std::sort(sizes.begin(), sizes.end(), [key](const Size& a, const Size& b) { return key(a) < key(b); });
+  const auto same = [key](const Size& a, const Size& b) { return key(a) == key(b); };
+  sizes.erase(std::unique(sizes.begin(), sizes.end(), same), sizes.end());
   std::vector<device::DisplayMode> modes;
   for (const std::uint32_t format : {kFormatX8R8G8B8, kFormatR5G6B5})
     for (const Size& size : sizes) modes.push_back({size.width, size.height, refreshRate, format});
