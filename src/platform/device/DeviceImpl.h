@@ -37,7 +37,7 @@ struct Device::Impl {
   std::uint32_t targetWidth = 0, targetHeight = 0;
   bool inScene = false;
 
-  State state;  ///< what draws see: the meaningful values
+  State state;         ///< what draws see: the meaningful values
   StateValues values;  ///< after the state that it looks at
   std::uint64_t stateVersion = 1;
   std::array<std::shared_ptr<Texture>, kStageStates> textures;

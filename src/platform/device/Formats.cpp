@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstring>
 #include <string>
 
 namespace ql::device {
@@ -61,6 +62,27 @@ std::uint32_t narrow(std::uint32_t value, Channel channel) {
   return ((value * limit + 127) / 255) << channel.shift;
 }
 
+std::uint32_t decoded(const Layout& layout, std::uint32_t value) {
+  return expand(value, layout.alpha, 255) << 24 | expand(value, layout.red, 0) << 16 |
+         expand(value, layout.green, 0) << 8 | expand(value, layout.blue, 0);
+}
+
+std::uint32_t encoded(const Layout& layout, std::uint32_t argb) {
+  const std::uint32_t red = argb >> 16 & 255, green = argb >> 8 & 255, blue = argb & 255;
+  const std::uint32_t alpha = narrow(argb >> 24, layout.alpha);
+  if (layout.red.bits != 0 && layout.red.shift == layout.blue.shift) {
+    // Luminance: the weights of the ITU's recommendation 601, in 1/256; grey stays exactly as it is.
+    return alpha | narrow((red * 77 + green * 150 + blue * 29) >> 8, layout.red);
+  }
+  return alpha | narrow(red, layout.red) | narrow(green, layout.green) | narrow(blue, layout.blue);
+}
+
+void requireSameCount(const Layout& layout, std::size_t bytes, std::size_t colours) {
+  if (bytes / layout.bytes != colours || bytes % layout.bytes != 0)
+    throw DeviceError(kErrorInvalidCall, std::to_string(bytes) + " bytes for " + std::to_string(colours) +
+                                             " pixels of " + std::to_string(layout.bytes) + " bytes");
+}
+
 }  // namespace
 
 std::uint32_t bytesPerPixel(Format format) { return layoutOf(format).bytes; }
@@ -84,21 +106,36 @@ bool hasAlpha(Format format) {
   return layout && layout->alpha.bits != 0;
 }
 
-std::uint32_t toArgb(Format format, std::uint32_t value) {
+std::uint32_t toArgb(Format format, std::uint32_t value) { return decoded(layoutOf(format), value); }
+std::uint32_t fromArgb(Format format, std::uint32_t argb) { return encoded(layoutOf(format), argb); }
+
+void toArgb(Format format, std::span<const std::byte> pixels, std::span<std::uint32_t> argb) {
   const Layout& layout = layoutOf(format);
-  return expand(value, layout.alpha, 255) << 24 | expand(value, layout.red, 0) << 16 |
-         expand(value, layout.green, 0) << 8 | expand(value, layout.blue, 0);
+  requireSameCount(layout, pixels.size(), argb.size());
+  if (format == Format::A8R8G8B8) {
+    if (!argb.empty()) std::memcpy(argb.data(), pixels.data(), pixels.size());
+    return;
+  }
+  for (std::size_t i = 0; i < argb.size(); ++i) {
+    std::uint32_t value = 0;
+    for (std::size_t byte = 0; byte < layout.bytes; ++byte)
+      value |= std::to_integer<std::uint32_t>(pixels[i * layout.bytes + byte]) << (8 * byte);
+    argb[i] = decoded(layout, value);
+  }
 }
 
-std::uint32_t fromArgb(Format format, std::uint32_t argb) {
+void fromArgb(Format format, std::span<const std::uint32_t> argb, std::span<std::byte> pixels) {
   const Layout& layout = layoutOf(format);
-  const std::uint32_t red = argb >> 16 & 255, green = argb >> 8 & 255, blue = argb & 255;
-  const std::uint32_t alpha = narrow(argb >> 24, layout.alpha);
-  if (layout.red.bits != 0 && layout.red.shift == layout.blue.shift) {
-    // Luminance: the weights of the ITU's recommendation 601, in 1/256; grey stays exactly as it is.
-    return alpha | narrow((red * 77 + green * 150 + blue * 29) >> 8, layout.red);
+  requireSameCount(layout, pixels.size(), argb.size());
+  if (format == Format::A8R8G8B8) {
+    if (!argb.empty()) std::memcpy(pixels.data(), argb.data(), pixels.size());
+    return;
   }
-  return alpha | narrow(red, layout.red) | narrow(green, layout.green) | narrow(blue, layout.blue);
+  for (std::size_t i = 0; i < argb.size(); ++i) {
+    const std::uint32_t value = encoded(layout, argb[i]);
+    for (std::size_t byte = 0; byte < layout.bytes; ++byte)
+      pixels[i * layout.bytes + byte] = static_cast<std::byte>(value >> (8 * byte));
+  }
 }
 
 std::uint32_t fullLevelCount(std::uint32_t width, std::uint32_t height) {

@@ -29,6 +29,10 @@ bool hasAlpha(Format format);
 std::uint32_t toArgb(Format format, std::uint32_t value);
 std::uint32_t fromArgb(Format format, std::uint32_t argb);
 
+/// The same for rows of pixels, as many as there are colours. @throws DeviceError invalid call: sizes that disagree
+void toArgb(Format format, std::span<const std::byte> pixels, std::span<std::uint32_t> argb);
+void fromArgb(Format format, std::span<const std::uint32_t> argb, std::span<std::byte> pixels);
+
 struct SurfaceDescription {
   std::uint32_t width = 0, height = 0;
   Format format = Format::Unknown;

@@ -16,7 +16,8 @@ struct Sphere {
 struct Box {
   math::Vec3 minimum, maximum;
 };
-/// Bounds of vertices that begin with their position. @param stride bytes from vertex to vertex, at least 12
+/// Bounds of vertices that begin with their position, about their average; all zero when there are none.
+/// @param stride bytes from vertex to vertex, at least 12; a last vertex that is cut off does not count
 Sphere boundingSphere(std::span<const std::byte> vertices, std::size_t stride);
 Box boundingBox(std::span<const std::byte> vertices, std::size_t stride);
 
