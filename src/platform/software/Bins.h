@@ -1,0 +1,63 @@
+/// @file
+/// From vertex records to lists of triangles per tile.
+#pragma once
+
+#include "platform/software/Vertices.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace ql::software {
+
+/// A draw call that waits.
+struct Draw {
+  const Pipeline* pipeline = nullptr;
+  device::PrimitiveType type = device::PrimitiveType::TriangleList;
+  std::uint32_t first = 0, count = 0;  ///< numbers of its primitives, counted through all draws that wait
+  std::uint32_t vertexCount = 0;
+  std::size_t stride = 0;
+  const std::byte* source = nullptr;  ///< of its first vertex
+  const float* records = nullptr;
+
+  const float* record(std::uint32_t vertex) const {
+    return records + std::size_t{vertex} * static_cast<std::size_t>(pipeline->attributes.recordFloats());
+  }
+  const std::byte* vertex(std::uint32_t vertex) const { return source + std::size_t{vertex} * stride; }
+};
+
+/// The vertices of a draw's triangle; the first gives the flat colour, and all wind the same way.
+struct Corners {
+  std::uint32_t v[3];
+};
+inline Corners triangleOf(device::PrimitiveType type, std::uint32_t i) {
+  switch (type) {
+    case device::PrimitiveType::TriangleStrip:
+      return i & 1 ? Corners{{i, i + 2, i + 1}} : Corners{{i, i + 1, i + 2}};
+    case device::PrimitiveType::TriangleFan:
+      return {{i + 1, i + 2, 0}};
+    default:
+      return {{i * 3, i * 3 + 1, i * 3 + 2}};
+  }
+}
+
+/// Some primitives in order, with the lists of what they draw in each tile.
+struct Job {
+  /// In lists: the number of a primitive that is a triangle as it is, or this bit and a number in extras.
+  static constexpr std::uint32_t kExtra = 0x80000000;
+  /// A triangle that was made: a piece of a clipped one, a line, a point.
+  struct Extra {
+    std::uint32_t primitive = 0;
+    std::size_t record[3] = {};  ///< places of its vertices in records
+  };
+  std::uint32_t firstPrimitive = 0, primitiveCount = 0;
+  std::size_t firstDraw = 0;
+  std::vector<std::vector<std::uint32_t>> lists;
+  std::vector<Extra> extras;
+  std::vector<float> records;
+};
+
+/// Fills a job's lists. @param tilesX,tilesY of the target
+void bin(std::span<const Draw> draws, std::int32_t tilesX, std::int32_t tilesY, Job& job);
+
+}  // namespace ql::software

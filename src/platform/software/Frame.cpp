@@ -1,0 +1,181 @@
+#include "platform/software/Frame.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ql::software {
+namespace {
+
+constexpr std::uint32_t kJobPrimitives = 8192, kRangeVertices = 1024;
+// What may wait: bytes of vertices, and lists (one per tile and job).
+constexpr std::size_t kMostBytes = std::size_t{64} << 20, kMostLists = std::size_t{1} << 20;
+constexpr std::size_t kMostPrimitives = std::size_t{1} << 20;
+
+}  // namespace
+
+Frame::Frame(unsigned threads) : pool_(threads) {
+  for (unsigned i = 0; i < pool_.threads(); ++i) tiles_.push_back(std::make_unique<Tile>());
+}
+
+bool Frame::full(const Target& target) const {
+  const auto tiles = static_cast<std::size_t>(target.tilesX() * target.tilesY());
+  return copiedBytes_ + recordFloats_ * sizeof(float) > kMostBytes || primitives_ > kMostPrimitives ||
+         (primitives_ / kJobPrimitives + 1) * tiles > std::max(kMostLists, tiles * 2);
+}
+
+const Pipeline* Frame::addPipeline(Pipeline&& pipeline) { return &pipelines_.emplace_back(std::move(pipeline)); }
+
+void Frame::draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer) {
+  Draw draw;
+  draw.pipeline = pipeline;
+  draw.type = packet.primitive;
+  draw.first = primitives_;
+  draw.count = packet.primitiveCount;
+  draw.vertexCount = packet.vertexCount;
+  draw.stride = packet.stride;
+  if (buffer) {
+    if (buffers_.empty() || buffers_.back() != buffer) buffers_.push_back(buffer);
+    draw.source = buffer->data() + std::size_t{packet.firstVertex} * packet.stride;
+  } else {
+    const std::size_t bytes = std::min(packet.vertices.size(), std::size_t{packet.vertexCount} * packet.stride);
+    std::byte* copy = copies_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(bytes)).get();
+    std::memcpy(copy, packet.vertices.data(), bytes);
+    copiedBytes_ += bytes;
+    draw.source = copy;
+  }
+  primitives_ += packet.primitiveCount;
+  recordFloats_ += std::size_t{packet.vertexCount} * static_cast<std::size_t>(pipeline->attributes.recordFloats());
+  draws_.push_back(draw);
+}
+
+void Frame::clear(Clear clear) {
+  clear.first = primitives_;
+  clears_.push_back(clear);
+}
+
+void Frame::flush(Target& target) {
+  if (empty()) return;
+  transform();
+  binAll(target);
+  const Target::Rows rows = target.beginWrite();
+  pool_.run(static_cast<std::uint32_t>(target.tilesX() * target.tilesY()), [&](std::uint32_t index, unsigned worker) {
+    drawTile(rows, target, static_cast<std::int32_t>(index), *tiles_[worker]);
+  });
+  target.endWrite();
+  draws_.clear();
+  clears_.clear();
+  pipelines_.clear();
+  buffers_.clear();
+  copies_.clear();
+  copiedBytes_ = recordFloats_ = 0;
+  primitives_ = 0;
+}
+
+void Frame::transform() {
+  if (recordCapacity_ < recordFloats_) {
+    records_ = std::make_unique_for_overwrite<float[]>(recordFloats_);
+    recordCapacity_ = recordFloats_;
+  }
+  std::vector<Range> ranges;
+  std::size_t place = 0;
+  for (std::size_t i = 0; i < draws_.size(); ++i) {
+    Draw& draw = draws_[i];
+    draw.records = records_.get() + place;
+    place += std::size_t{draw.vertexCount} * static_cast<std::size_t>(draw.pipeline->attributes.recordFloats());
+    for (std::uint32_t first = 0; first < draw.vertexCount; first += kRangeVertices)
+      ranges.push_back({i, first, std::min(kRangeVertices, draw.vertexCount - first)});
+  }
+  // Small ranges are handed out in groups of about the size of a large one.
+  std::vector<std::size_t> groups{0};
+  std::uint32_t grouped = 0;
+  for (std::size_t i = 0; i < ranges.size(); ++i) {
+    if (grouped >= kRangeVertices) {
+      groups.push_back(i);
+      grouped = 0;
+    }
+    grouped += ranges[i].count;
+  }
+  pool_.run(static_cast<std::uint32_t>(groups.size()), [&](std::uint32_t group, unsigned) {
+    const std::size_t end = group + 1 < groups.size() ? groups[group + 1] : ranges.size();
+    for (std::size_t i = groups[group]; i < end; ++i) {
+      const Range& range = ranges[i];
+      const Draw& draw = draws_[range.draw];
+      float* records = records_.get() + (draw.record(range.first) - records_.get());
+      transformVertices(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count, records);
+    }
+  });
+}
+
+void Frame::binAll(const Target& target) {
+  jobCount_ = (primitives_ + kJobPrimitives - 1) / kJobPrimitives;
+  if (jobs_.size() < jobCount_) jobs_.resize(jobCount_);
+  std::size_t draw = 0;
+  for (std::size_t i = 0; i < jobCount_; ++i) {
+    Job& job = jobs_[i];
+    job.firstPrimitive = static_cast<std::uint32_t>(i) * kJobPrimitives;
+    job.primitiveCount = std::min(kJobPrimitives, primitives_ - job.firstPrimitive);
+    while (job.firstPrimitive - draws_[draw].first >= draws_[draw].count) ++draw;
+    job.firstDraw = draw;
+  }
+  pool_.run(static_cast<std::uint32_t>(jobCount_),
+            [&](std::uint32_t i, unsigned) { bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]); });
+}
+
+void Frame::drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile) {
+  tile.x = index % target.tilesX() * kTileSide;
+  tile.y = index / target.tilesX() * kTileSide;
+  tile.area =
+      intersect({tile.x, tile.y, tile.x + kTileSide, tile.y + kTileSide}, {0, 0, target.width(), target.height()});
+  tile.depth = &target.depth(index);
+  const auto touches = [&](const Job& job) { return !job.lists[static_cast<std::size_t>(index)].empty(); };
+  const bool cleared =
+      std::any_of(clears_.begin(), clears_.end(), [&](const Clear& c) { return !intersect(c.box, tile.area).empty(); });
+  const auto jobsEnd = jobs_.begin() + static_cast<std::ptrdiff_t>(jobCount_);
+  if (!cleared && std::none_of(jobs_.begin(), jobsEnd, touches)) return;
+  // A clear of the whole tile before anything else makes its old colours needless.
+  const bool fresh = !clears_.empty() && clears_[0].first == 0 && clears_[0].color &&
+                     intersect(clears_[0].box, tile.area).left == tile.area.left &&
+                     intersect(clears_[0].box, tile.area).top == tile.area.top &&
+                     intersect(clears_[0].box, tile.area).right == tile.area.right &&
+                     intersect(clears_[0].box, tile.area).bottom == tile.area.bottom;
+  if (!fresh) loadColor(tile, rows);
+  std::size_t draw = 0, clear = 0;
+  for (std::size_t i = 0; i < jobCount_; ++i) drawJob(jobs_[i], index, tile, draw, clear);
+  for (; clear < clears_.size(); ++clear) clearTile(tile, clears_[clear]);
+  storeColor(tile, rows);
+}
+
+void Frame::drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear) {
+  Triangle triangle;
+  const Pipeline* pipeline = nullptr;
+  RasterFunction raster = nullptr;
+  Box area;
+  for (const std::uint32_t id : job.lists[static_cast<std::size_t>(index)]) {
+    const bool made = (id & Job::kExtra) != 0;
+    const Job::Extra* extra = made ? &job.extras[id & ~Job::kExtra] : nullptr;
+    const std::uint32_t number = made ? extra->primitive : id;
+    for (; clear < clears_.size() && clears_[clear].first <= number; ++clear) clearTile(tile, clears_[clear]);
+    if (number - draws_[draw].first >= draws_[draw].count) {
+      const auto after = std::upper_bound(draws_.begin() + static_cast<std::ptrdiff_t>(draw), draws_.end(), number,
+                                          [](std::uint32_t n, const Draw& d) { return n < d.first; });
+      draw = static_cast<std::size_t>(after - draws_.begin()) - 1;
+    }
+    const Draw& current = draws_[draw];
+    if (pipeline != current.pipeline) {
+      pipeline = current.pipeline;
+      raster = rasterFunction(*pipeline);
+      area = intersect(tile.area, pipeline->scissor);
+    }
+    const float* v[3];
+    if (made) {
+      for (int k = 0; k < 3; ++k) v[k] = job.records.data() + extra->record[k];
+    } else {
+      const Corners corners = triangleOf(current.type, number - current.first);
+      for (int k = 0; k < 3; ++k) v[k] = current.record(corners.v[k]);
+    }
+    setUp(*pipeline, v[0], v[1], v[2], tile.x, tile.y, area, triangle);
+    raster(*pipeline, triangle, tile);
+  }
+}
+
+}  // namespace ql::software

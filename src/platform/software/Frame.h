@@ -1,0 +1,68 @@
+/// @file
+/// Draws and clears that wait for their target, and carrying them out.
+#pragma once
+
+#include "platform/software/Bins.h"
+#include "platform/software/Pool.h"
+#include "platform/software/Raster.h"
+#include "platform/software/Tile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <vector>
+
+namespace ql::software {
+
+/// Bytes of a vertex buffer, shared between the buffer and the draws that wait.
+using Bytes = std::shared_ptr<const std::vector<std::byte>>;
+
+/// Everything that waits belongs to one target. Carrying it out has three steps, each spread over all threads: vertices
+/// are transformed in ranges, primitives are binned in jobs, tiles are drawn. Tiles read the jobs in order, so the
+/// order of drawing never depends on the threads.
+class Frame {
+ public:
+  explicit Frame(unsigned threads);
+
+  bool empty() const { return draws_.empty() && clears_.empty(); }
+  /// Whether so much waits that it should be carried out.
+  bool full(const Target& target) const;
+
+  /// The pipeline of the last draw that waits, while nothing has been carried out since; null otherwise.
+  const Pipeline* lastPipeline() const { return pipelines_.empty() ? nullptr : &pipelines_.back(); }
+  const Pipeline* addPipeline(Pipeline&& pipeline);
+  /// @param buffer keeps the vertices when they lie in a buffer; nothing: they are copied
+  void draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer);
+  /// Fills all but the number of the primitives before it.
+  void clear(Clear clear);
+
+  /// Carries everything out.
+  void flush(Target& target);
+
+ private:
+  struct Range {
+    std::size_t draw = 0;
+    std::uint32_t first = 0, count = 0;
+  };
+  void transform();
+  void binAll(const Target& target);
+  void drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile);
+  void drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear);
+
+  Pool pool_;
+  std::vector<std::unique_ptr<Tile>> tiles_;  ///< one per thread
+  std::deque<Pipeline> pipelines_;
+  std::vector<Draw> draws_;
+  std::vector<Clear> clears_;
+  std::vector<Bytes> buffers_;                        ///< that draws read
+  std::vector<std::unique_ptr<std::byte[]>> copies_;  ///< of vertices from memory
+  std::size_t copiedBytes_ = 0, recordFloats_ = 0;
+  std::uint32_t primitives_ = 0;
+  std::unique_ptr<float[]> records_;
+  std::size_t recordCapacity_ = 0;
+  std::vector<Job> jobs_;
+  std::size_t jobCount_ = 0;
+};
+
+}  // namespace ql::software

@@ -1,0 +1,313 @@
+#include "platform/software/Pipeline.h"
+
+#include "math/Matrix.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace ql::software {
+namespace {
+
+using device::Address;
+using device::Filter;
+using device::TextureArg;
+using device::TextureOp;
+
+// The guard band and the largest target together stay below 32768 pixels, so that edge functions of 24.8 fixed point
+// fit 32 bits inside a tile.
+constexpr float kGuard = 8192;
+// A step of the depth bias, in units of the 24-bit depth: a quarter of a step of 16-bit depth.
+constexpr float kBiasStep = 64;
+
+float floatOf(std::uint32_t bits) {
+  const float value = std::bit_cast<float>(bits);
+  return std::isfinite(value) ? value : 0.0f;
+}
+
+template <class E>
+E enumerator(std::uint32_t value, E low, E high, E otherwise) {
+  return value >= static_cast<std::uint32_t>(low) && value <= static_cast<std::uint32_t>(high) ? static_cast<E>(value)
+                                                                                               : otherwise;
+}
+
+VertexLayout layoutOf(const device::DrawPacket& packet) {
+  namespace fvf = device::fvf;
+  const std::uint32_t code = packet.vertexFormat;
+  VertexLayout out;
+  out.transformed = (code & fvf::kXyzRhw) != 0;
+  std::int32_t offset = out.transformed ? 16 : 12;
+  if (code & fvf::kNormal) offset += 12;
+  const auto word = [&](std::uint32_t flag, std::int32_t& place) {
+    if (!(code & flag)) return;
+    place = offset;
+    offset += 4;
+  };
+  word(fvf::kPointSize, out.pointSize);
+  word(fvf::kDiffuse, out.diffuse);
+  word(fvf::kSpecular, out.specular);
+  const std::uint32_t sets = (code & fvf::kTextureCountMask) >> fvf::kTextureCountShift;
+  for (std::size_t stage = 0; stage < device::kStages; ++stage) {
+    // The high half would ask for generated coordinates (camera space normal, position, reflection): not done yet, nor
+    // are texture transforms; the set itself is used.
+    const std::uint32_t set = packet.state->stages[stage].texCoordIndex & 0xFFFF;
+    if (set < sets) out.coordinates[stage] = offset + static_cast<std::int32_t>(set) * 8;
+  }
+  return out;
+}
+
+bool reads(const std::array<std::uint8_t, 3>& args, TextureOp op, TextureArg arg) {
+  if (op == TextureOp::Disable) return false;
+  const auto is = [&](std::size_t i) { return (args[i] & device::kArgSelectMask) == static_cast<std::uint8_t>(arg); };
+  const bool three = op == TextureOp::MultiplyAdd || op == TextureOp::Lerp;
+  return (op != TextureOp::SelectArg2 && is(1)) || (op != TextureOp::SelectArg1 && is(2)) || (three && is(0));
+}
+
+bool reads(const Stage& stage, TextureArg arg) {
+  if (arg == TextureArg::Texture)
+    for (const TextureOp op : {stage.colorOp, stage.alphaOp})
+      if (op == TextureOp::BlendTextureAlpha || op == TextureOp::BlendTextureAlphaPremultiplied) return true;
+  if (arg == TextureArg::Diffuse)
+    for (const TextureOp op : {stage.colorOp, stage.alphaOp})
+      if (op == TextureOp::BlendDiffuseAlpha) return true;
+  return reads(stage.colorArgs, stage.colorOp, arg) || reads(stage.alphaArgs, stage.alphaOp, arg);
+}
+
+TextureOp operation(std::uint32_t value) {
+  const TextureOp op = enumerator(value, TextureOp::Disable, TextureOp::Lerp, TextureOp::Disable);
+  // The numbers between are operations that the device doesn't offer (bump mapping, premodulation).
+  if (value == 17 || value == 22 || value == 23) return TextureOp::SelectArg1;
+  return op;
+}
+
+Stage stageOf(const device::StageStates& s, bool textured) {
+  const auto arg = [](std::uint32_t value) { return static_cast<std::uint8_t>(value & 0x3F); };
+  Stage out;
+  out.colorOp = operation(s.colorOp);
+  out.alphaOp = operation(s.alphaOp);
+  out.colorArgs = {arg(s.colorArg0), arg(s.colorArg1), arg(s.colorArg2)};
+  out.alphaArgs = {arg(s.alphaArg0), arg(s.alphaArg1), arg(s.alphaArg2)};
+  if (!textured && out.alphaOp == TextureOp::SelectArg1 &&
+      out.alphaArgs[1] == static_cast<std::uint8_t>(TextureArg::Texture))
+    out.alphaArgs[1] = static_cast<std::uint8_t>(TextureArg::Current);  // the default without a texture: vertex alpha
+  out.samples = textured && reads(out, TextureArg::Texture);
+  return out;
+}
+
+Sampler samplerOf(const device::StageStates& s, const Texture& texture) {
+  Sampler out;
+  out.data = texture.data();
+  const TextureData& data = *out.data;
+  out.width = static_cast<float>(data.levels[0].width);
+  out.height = static_cast<float>(data.levels[0].height);
+  out.addressU = enumerator(s.addressU, Address::Wrap, Address::Border, Address::Wrap);
+  out.addressV = enumerator(s.addressV, Address::Wrap, Address::Border, Address::Wrap);
+  out.border = s.borderColor;
+  out.linearMin = s.minFilter >= static_cast<std::uint32_t>(Filter::Linear);
+  out.linearMag = s.magFilter >= static_cast<std::uint32_t>(Filter::Linear);
+  out.lastLevel = static_cast<std::int32_t>(data.levelCount) - 1;
+  out.firstLevel = static_cast<std::int32_t>(std::min(s.maxMipLevel, data.levelCount - 1));
+  out.mip = s.mipFilter == 0 || out.firstLevel == out.lastLevel ? Sampler::Mip::None
+            : s.mipFilter == 1                                  ? Sampler::Mip::Nearest
+                                                                : Sampler::Mip::Linear;
+  out.bias = static_cast<std::int32_t>(std::clamp(floatOf(s.mipMapLodBias), -16.0f, 16.0f) * 256.0f);
+  for (std::size_t i = 0; i < data.levelCount; ++i) {
+    const TextureLevel& from = data.levels[i];
+    Sampler::Level& to = out.levels[i];
+    to.texels = data.texels.data() + from.offset;
+    to.stride = static_cast<std::int32_t>(from.stride);
+    to.width = static_cast<std::int32_t>(from.width);
+    to.height = static_cast<std::int32_t>(from.height);
+    to.scaleU = static_cast<float>(to.width) * 256.0f;
+    to.scaleV = static_cast<float>(to.height) * 256.0f;
+    const auto axis = [&out](Address mode, std::int32_t size, std::int32_t& mask, std::int32_t& low,
+                             std::int32_t& high) {
+      const bool clamp = mode == Address::Clamp;
+      if (!clamp && !(mode == Address::Wrap && std::has_single_bit(static_cast<std::uint32_t>(size)))) out.fast = false;
+      mask = clamp ? -1 : size - 1;
+      low = clamp ? 0 : std::numeric_limits<std::int32_t>::min();
+      high = clamp ? (size - 1) * 256 : std::numeric_limits<std::int32_t>::max();
+    };
+    axis(out.addressU, to.width, to.maskU, to.lowU, to.highU);
+    axis(out.addressV, to.height, to.maskV, to.lowV, to.highV);
+  }
+  return out;
+}
+
+Fog fogOf(const device::RenderStates& r, bool transformed) {
+  Fog fog;
+  if (!r.fogEnable) return fog;
+  fog.color = r.fogColor;
+  fog.start = floatOf(r.fogStart);
+  fog.end = floatOf(r.fogEnd);
+  fog.density = floatOf(r.fogDensity);
+  const float span = fog.end - fog.start;
+  fog.scale = span != 0 ? 1.0f / span : 0.0f;
+  fog.range = r.rangeFogEnable != 0;
+  using device::FogMode;
+  fog.source = r.fogTableMode != 0 ? FogSource::Table : FogSource::Vertex;
+  fog.mode = enumerator(fog.source == FogSource::Table ? r.fogTableMode : r.fogVertexMode, FogMode::None,
+                        FogMode::Linear, FogMode::None);
+  // Vertices that arrive on the screen have no view depth: they bring their factor.
+  if (transformed && fog.source == FogSource::Vertex) fog.mode = FogMode::None;
+  return fog;
+}
+
+ScreenTransform screenOf(const math::Viewport& v, const Target& target, std::uint32_t zBias, bool transformed) {
+  ScreenTransform s;
+  s.halfWidth = static_cast<float>(v.width) * 0.5f;
+  s.halfHeight = static_cast<float>(v.height) * 0.5f;
+  s.centerX = static_cast<float>(v.x) + s.halfWidth;
+  s.centerY = static_cast<float>(v.y) + s.halfHeight;
+  s.minZ = transformed ? 0 : v.minZ;
+  s.depthZ = transformed ? 1 : v.maxZ - v.minZ;
+  s.guardLeft = s.guardTop = -kGuard;
+  s.guardRight = static_cast<float>(target.width()) + kGuard;
+  s.guardBottom = static_cast<float>(target.height()) + kGuard;
+  s.bias = static_cast<float>(std::min(zBias, 16u)) * kBiasStep;
+  return s;
+}
+
+// A viewport's far side, which must not overflow.
+std::int32_t sum(std::int32_t a, std::int32_t b) {
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{a} + b, -0x40000000, 0x40000000));
+}
+
+void chooseTexturing(Pipeline& p) {
+  const auto code = [](TextureArg arg) { return static_cast<std::uint8_t>(arg); };
+  const auto lower = [&](std::uint8_t arg) {
+    return arg == code(TextureArg::Current) ? code(TextureArg::Diffuse) : arg;
+  };
+  if (p.specularAdd || p.fog.source != FogSource::None || p.stageCount > 1) return;
+  if (p.stageCount == 0) {
+    p.texturing = Texturing::None;
+    return;
+  }
+  const Stage& s = p.stages[0];
+  if (!s.samples) return;
+  const auto isTexture = [&](std::uint8_t arg) { return arg == code(TextureArg::Texture); };
+  const auto isDiffuse = [&](std::uint8_t arg) { return lower(arg) == code(TextureArg::Diffuse); };
+  const auto selects = [&](TextureOp op, const std::array<std::uint8_t, 3>& args) {
+    return (op == TextureOp::SelectArg1 && isTexture(args[1])) || (op == TextureOp::SelectArg2 && isTexture(args[2]));
+  };
+  const auto modulates = [&](TextureOp op, const std::array<std::uint8_t, 3>& args) {
+    return op == TextureOp::Modulate &&
+           ((isTexture(args[1]) && isDiffuse(args[2])) || (isTexture(args[2]) && isDiffuse(args[1])));
+  };
+  // Without vertex colours, modulating multiplies by white.
+  const bool white = p.layout.diffuse < 0;
+  const bool color = selects(s.colorOp, s.colorArgs) || (white && modulates(s.colorOp, s.colorArgs));
+  const bool alpha = selects(s.alphaOp, s.alphaArgs) || (white && modulates(s.alphaOp, s.alphaArgs));
+  if (color && alpha)
+    p.texturing = Texturing::Replace;
+  else if (modulates(s.colorOp, s.colorArgs) && modulates(s.alphaOp, s.alphaArgs))
+    p.texturing = Texturing::Modulate;
+}
+
+void chooseBlending(Pipeline& p) {
+  using device::Blend;
+  if (p.target.sixteen() || p.writeMask != 0xFFFFFFFF) return;
+  if (!p.blend) {
+    p.blending = Blending::Opaque;
+  } else if (p.blendOp == device::BlendOp::Add) {
+    if (p.source == Blend::SrcAlpha && p.destination == Blend::InvSrcAlpha) p.blending = Blending::Alpha;
+    if ((p.source == Blend::Zero && p.destination == Blend::SrcColor) ||
+        (p.source == Blend::DestColor && p.destination == Blend::Zero))
+      p.blending = Blending::Multiply;
+  }
+}
+
+void placeAttributes(Pipeline& p) {
+  Attributes& a = p.attributes;
+  const auto place = [&a](std::int32_t& slot, std::int32_t count) {
+    slot = a.count;
+    a.count += count;
+  };
+  bool diffuse = p.stageCount == 0, specular = p.specularAdd;
+  for (int i = 0; i < p.stageCount; ++i) {
+    const Stage& stage = p.stages[static_cast<std::size_t>(i)];
+    // The first stage's current colour is the diffuse one.
+    diffuse |= i == 0 || reads(stage, TextureArg::Diffuse);
+    specular |= reads(stage, TextureArg::Specular);
+    if (stage.samples) place(a.uv[static_cast<std::size_t>(i)], 2);
+  }
+  if (p.texturing == Texturing::Replace) diffuse = false;
+  if (diffuse && p.layout.diffuse >= 0) place(a.diffuse, 4);
+  if (specular && p.layout.specular >= 0) place(a.specular, 4);
+  if (p.fog.source == FogSource::Vertex) place(a.fog, 1);
+}
+
+void decodeBlend(Pipeline& p, const device::RenderStates& r) {
+  using device::Blend;
+  using device::BlendOp;
+  p.blend = r.alphaBlendEnable != 0;
+  p.source = enumerator(r.srcBlend, Blend::Zero, Blend::BothInvSrcAlpha, Blend::One);
+  p.destination = enumerator(r.destBlend, Blend::Zero, Blend::BothInvSrcAlpha, Blend::Zero);
+  p.blendOp = enumerator(r.blendOp, BlendOp::Add, BlendOp::Max, BlendOp::Add);
+  if (p.source == Blend::BothSrcAlpha) {
+    p.source = Blend::SrcAlpha;
+    p.destination = Blend::InvSrcAlpha;
+  } else if (p.source == Blend::BothInvSrcAlpha) {
+    p.source = Blend::InvSrcAlpha;
+    p.destination = Blend::SrcAlpha;
+  }
+  if (p.destination > Blend::SrcAlphaSat) p.destination = Blend::Zero;
+  p.writeMask = 0;
+  constexpr std::array<std::uint32_t, 4> kMasks{0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000};  // red first
+  for (std::size_t i = 0; i < 4; ++i)
+    if (r.colorWriteEnable >> i & 1) p.writeMask |= kMasks[i];
+}
+
+}  // namespace
+
+Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
+                      const std::array<const Texture*, device::kStages>& textures) {
+  using device::Compare;
+  const device::State& state = *packet.state;
+  const device::RenderStates& r = state.render;
+  const math::Viewport& v = state.viewport;
+  Pipeline p;
+  p.layout = layoutOf(packet);
+  p.view = math::multiply(state.world, state.view);
+  p.clip = math::multiply(p.view, state.projection);
+  p.screen = screenOf(v, target, r.zBias, p.layout.transformed);
+  p.scissor = intersect({v.x, v.y, sum(v.x, v.width), sum(v.y, v.height)}, {0, 0, target.width(), target.height()});
+  p.fill = enumerator(r.fillMode, device::FillMode::Point, device::FillMode::Solid, device::FillMode::Solid);
+  p.cull = enumerator(r.cullMode, device::CullMode::None, device::CullMode::CounterClockwise, device::CullMode::None);
+  p.flat = r.shadeMode == static_cast<std::uint32_t>(device::ShadeMode::Flat);
+  p.lastPixel = r.lastPixel != 0;
+  // Points are squares of their size. Sprites (texture coordinates across the point) and scaling by distance are not
+  // done yet: r.pointSpriteEnable, r.pointScaleEnable.
+  p.pointSizeMin = std::clamp(floatOf(r.pointSizeMin), 0.0f, 64.0f);
+  p.pointSizeMax = std::clamp(floatOf(r.pointSizeMax), p.pointSizeMin, 64.0f);
+  p.pointSize = floatOf(r.pointSize);
+
+  // Lighting is not done yet: with r.lighting on, vertices keep their own colours as if it were off. Stencil states are
+  // ignored: no target has a stencil buffer.
+  p.textureFactor = r.textureFactor;
+  p.specularAdd = r.specularEnable != 0 && p.layout.specular >= 0;
+  p.fog = fogOf(r, p.layout.transformed);
+  for (std::size_t i = 0; i < device::kStages; ++i) {
+    const device::StageStates& s = state.stages[i];
+    const Stage stage = stageOf(s, textures[i] != nullptr);
+    if (stage.colorOp == TextureOp::Disable) break;
+    p.stages[i] = stage;
+    p.stageCount = static_cast<int>(i) + 1;
+    if (stage.samples) p.samplers[i] = samplerOf(s, *textures[i]);
+  }
+  p.depthTest = r.zEnable != 0;
+  p.depthFunction = enumerator(r.zFunc, Compare::Never, Compare::Always, Compare::LessEqual);
+  p.depthWrite = p.depthTest && r.zWriteEnable != 0;
+  p.alphaFunction = enumerator(r.alphaFunc, Compare::Never, Compare::Always, Compare::Always);
+  p.alphaTest = r.alphaTestEnable != 0 && p.alphaFunction != Compare::Always;
+  p.alphaRef = static_cast<std::uint16_t>(r.alphaRef & 0xFF);
+  decodeBlend(p, r);
+  p.target = target.bits();
+  p.dither = r.ditherEnable != 0 && p.target.sixteen();
+  chooseTexturing(p);
+  chooseBlending(p);
+  placeAttributes(p);
+  return p;
+}
+
+}  // namespace ql::software

@@ -1,0 +1,38 @@
+/// @file
+/// Worker threads that carry out one batch of numbered tasks at a time.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <stop_token>
+#include <thread>
+#include <vector>
+
+namespace ql::software {
+
+class Pool {
+ public:
+  /// @param threads including the caller of run; at least 1
+  explicit Pool(unsigned threads);
+  ~Pool();
+  Pool(const Pool&) = delete;
+  Pool& operator=(const Pool&) = delete;
+
+  unsigned threads() const { return static_cast<unsigned>(workers_.size()) + 1; }
+
+  /// Calls task(index, worker) for every index below count, on all threads, and returns when all are done. Indices are
+  /// handed out in ascending order; worker is 0 to threads() - 1. The task must not throw.
+  void run(std::uint32_t count, const std::function<void(std::uint32_t index, unsigned worker)>& task);
+
+ private:
+  void work(unsigned worker);
+  void serve(const std::stop_token& stop, unsigned worker);
+
+  const std::function<void(std::uint32_t, unsigned)>* task_ = nullptr;
+  std::uint32_t count_ = 0;
+  std::atomic<std::uint32_t> next_{0}, batch_{0}, busy_{0};
+  std::vector<std::jthread> workers_;
+};
+
+}  // namespace ql::software

@@ -1,0 +1,123 @@
+#include "platform/software/Raster.h"
+
+#include "platform/software/Shade.h"
+
+#include <algorithm>
+
+namespace ql::software {
+namespace {
+
+// Whether a block's nearest possible depth is already behind all that it holds. Only for functions that need a depth
+// at most the stored one.
+bool rejectsFar(const Pipeline& p) {
+  using device::Compare;
+  return p.depthTest && (p.depthFunction == Compare::Less || p.depthFunction == Compare::LessEqual ||
+                         p.depthFunction == Compare::Equal);
+}
+
+struct Coarse {
+  float nearest, farthest;  // no depth of the triangle inside the 8 × 8 pixels lies outside
+};
+
+Coarse coarseDepth(const Triangle& t, int x, int y) {
+  constexpr int kReach = TileDepth::kCoarseSide - 1;
+  const float dx = t.dx[kAttributeZ], dy = t.dy[kAttributeZ];
+  const float atX = static_cast<float>(x) + t.originX, atY = static_cast<float>(y) + t.originY;
+  const float stepX = dx * atX, stepY = dy * atY, base = t.value[kAttributeZ] + stepX + stepY;
+  const float acrossX = dx * kReach, acrossY = dy * kReach;
+  // A dozen roundings, each at most 2^-24 of the largest term: far below this slack.
+  const auto size = [](float v) { return v < 0 ? -v : v; };
+  const float slack =
+      1.0f + (size(t.value[kAttributeZ]) + size(stepX) + size(stepY) + size(acrossX) + size(acrossY)) * (1.0f / 262144);
+  const float low = base + (std::min(acrossX, 0.0f) + std::min(acrossY, 0.0f)) - slack;
+  const float high = base + (std::max(acrossX, 0.0f) + std::max(acrossY, 0.0f)) + slack;
+  // Not a number falls back to the range of the vertices.
+  return {low > t.zMin ? low : t.zMin, high < t.zMax ? high : t.zMax};
+}
+
+// Keeps the bounds of the stored depths true before a block is drawn.
+void updateBound(const Pipeline& p, const Coarse& coarse, bool covered, std::int32_t& bound) {
+  using device::Compare;
+  if (!p.depthWrite) return;
+  const bool onlyNearer = p.depthFunction == Compare::Less || p.depthFunction == Compare::LessEqual;
+  if (onlyNearer) {
+    if (covered && !p.alphaTest) bound = std::min(bound, static_cast<std::int32_t>(coarse.farthest) + 1);
+  } else if (p.depthFunction != Compare::Equal && p.depthFunction != Compare::Never) {
+    bound = std::max(bound, static_cast<std::int32_t>(coarse.farthest) + 1);
+  }
+}
+
+template <Texturing kTexturing, Blending kBlending>
+void raster(const Pipeline& p, const Triangle& t, Tile& tile) {
+  constexpr int kSide = TileDepth::kCoarseSide;
+  const Box inner{t.x0, t.y0, t.x1 + 1, t.y1 + 1};
+  const bool reject = rejectsFar(p);
+  std::int32_t reachMax[3], reachMin[3], blockMax[3];
+  for (int k = 0; k < 3; ++k) {
+    reachMax[k] = std::max(0, t.a[k] * (kSide - 1)) + std::max(0, t.b[k] * (kSide - 1));
+    reachMin[k] = std::min(0, t.a[k] * (kSide - 1)) + std::min(0, t.b[k] * (kSide - 1));
+    blockMax[k] = std::max(0, t.a[k] * (kBlockSide - 1)) + std::max(0, t.b[k] * (kBlockSide - 1));
+  }
+  const auto edge = [&t](int k, int x, int y) { return t.c[k] + t.a[k] * x + t.b[k] * y; };
+  for (int y = t.y0 & ~(kSide - 1); y <= t.y1; y += kSide)
+    for (int x = t.x0 & ~(kSide - 1); x <= t.x1; x += kSide) {
+      const std::int32_t e0 = edge(0, x, y), e1 = edge(1, x, y), e2 = edge(2, x, y);
+      if (((e0 + reachMax[0]) | (e1 + reachMax[1]) | (e2 + reachMax[2])) < 0) continue;
+      // The box also stands for the viewport and the target's end: outside it nothing may be drawn.
+      const bool boxed = x >= inner.left && y >= inner.top && x + kSide <= inner.right && y + kSide <= inner.bottom;
+      const bool covered = boxed && ((e0 + reachMin[0]) | (e1 + reachMin[1]) | (e2 + reachMin[2])) >= 0;
+      if (p.depthTest) {
+        std::int32_t& bound =
+            tile.depth->farthest[static_cast<std::size_t>((y / kSide) * (kTileSide / kSide) + x / kSide)];
+        const Coarse coarse = coarseDepth(t, x, y);
+        if (reject && static_cast<std::int32_t>(coarse.nearest) > bound) continue;
+        updateBound(p, coarse, covered, bound);
+      }
+      for (int by = y; by < y + kSide; by += kBlockSide)
+        for (int bx = x; bx < x + kSide; bx += kBlockSide) {
+          if (covered) {
+            shade<kTexturing, kBlending>(p, t, tile, bx, by, nullptr);
+            continue;
+          }
+          if (bx > t.x1 || by > t.y1 || bx + kBlockSide <= t.x0 || by + kBlockSide <= t.y0) continue;
+          if (((edge(0, bx, by) + blockMax[0]) | (edge(1, bx, by) + blockMax[1]) | (edge(2, bx, by) + blockMax[2])) < 0)
+            continue;
+          Mask mask;
+          cover(t, bx, by, mask);
+          if (!none(mask)) shade<kTexturing, kBlending>(p, t, tile, bx, by, &mask);
+        }
+    }
+}
+
+template <Texturing kTexturing>
+RasterFunction chooseBlend(Blending blending) {
+  switch (blending) {
+    case Blending::Opaque:
+      return raster<kTexturing, Blending::Opaque>;
+    case Blending::Alpha:
+      return raster<kTexturing, Blending::Alpha>;
+    case Blending::Multiply:
+      return raster<kTexturing, Blending::Multiply>;
+    case Blending::General:
+      break;
+  }
+  return raster<kTexturing, Blending::General>;
+}
+
+}  // namespace
+
+RasterFunction rasterFunction(const Pipeline& p) {
+  switch (p.texturing) {
+    case Texturing::None:
+      return chooseBlend<Texturing::None>(p.blending);
+    case Texturing::Replace:
+      return chooseBlend<Texturing::Replace>(p.blending);
+    case Texturing::Modulate:
+      return chooseBlend<Texturing::Modulate>(p.blending);
+    case Texturing::General:
+      break;
+  }
+  return chooseBlend<Texturing::General>(p.blending);
+}
+
+}  // namespace ql::software

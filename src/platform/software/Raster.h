@@ -1,0 +1,15 @@
+/// @file
+/// Drawing a triangle into a tile.
+#pragma once
+
+#include "platform/software/Tile.h"
+#include "platform/software/Triangle.h"
+
+namespace ql::software {
+
+using RasterFunction = void (*)(const Pipeline&, const Triangle&, Tile&);
+
+/// The code for a pipeline: one of its own for common kinds, else the general one. All give the same bits.
+RasterFunction rasterFunction(const Pipeline& pipeline);
+
+}  // namespace ql::software

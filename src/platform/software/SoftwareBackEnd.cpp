@@ -1,0 +1,219 @@
+#include "platform/software/SoftwareBackEnd.h"
+
+#include "platform/device/Resources.h"
+#include "platform/software/Frame.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <thread>
+#include <unordered_map>
+
+namespace ql::software {
+namespace {
+
+using device::BufferId;
+using device::PixelRect;
+using device::TargetId;
+using device::TextureId;
+
+/// What waits belongs to one target at a time: drawing on another one carries it out first. So a texture that is a
+/// target is finished when another target's draw reads it.
+class SoftwareBackEnd final : public device::BackEnd {
+ public:
+  explicit SoftwareBackEnd(unsigned threads) : frame_(threads) {}
+
+  const device::Capabilities& capabilities() const override { return capabilities_; }
+
+  TargetId createTarget(std::uint32_t width, std::uint32_t height, device::Format format) override {
+    return add(std::make_unique<Target>(width, height, format));
+  }
+  TargetId createTextureTarget(TextureId texture, std::uint32_t level) override {
+    return add(std::make_unique<Target>(textures_.at(texture), level));
+  }
+  void destroyTarget(TargetId target) override {
+    finish(target);
+    if (pending_ == target) pending_ = TargetId::None;
+    targets_.erase(target);
+  }
+
+  TextureId createTexture(const device::TextureDescription& description) override {
+    const TextureId id{++lastId_};
+    textures_[id] = std::make_shared<Texture>(description);
+    return id;
+  }
+  // Draws that wait keep the texture's contents, and so do they when it is uploaded again.
+  void destroyTexture(TextureId texture) override { textures_.erase(texture); }
+  void uploadTexture(TextureId id, std::uint32_t level, std::span<const std::byte> pixels) override {
+    Texture& texture = *textures_.at(id);
+    finish(texture);
+    texture.upload(level, pixels);
+  }
+  std::vector<std::byte> readTexture(TextureId id, std::uint32_t level) override {
+    const Texture& texture = *textures_.at(id);
+    finish(texture);
+    return texture.read(level);
+  }
+
+  BufferId createBuffer(std::size_t bytes) override {
+    const BufferId id{++lastId_};
+    buffers_[id] = std::make_shared<std::vector<std::byte>>(bytes);
+    return id;
+  }
+  void destroyBuffer(BufferId buffer) override { buffers_.erase(buffer); }
+  void uploadBuffer(BufferId id, std::size_t offset, std::span<const std::byte> bytes) override {
+    std::shared_ptr<std::vector<std::byte>>& buffer = buffers_.at(id);
+    if (buffer.use_count() > 1) buffer = std::make_shared<std::vector<std::byte>>(*buffer);
+    std::ranges::copy(bytes, buffer->begin() + static_cast<std::ptrdiff_t>(offset));
+  }
+
+  void draw(const device::DrawPacket& packet) override;
+  void clear(TargetId target, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,
+             float z) override;
+  std::vector<std::byte> readPixels(TargetId target, PixelRect rect) override;
+  void writePixels(TargetId target, PixelRect rect, std::span<const std::byte> pixels) override;
+  void present(TargetId target, device::Window* window) override;
+
+  const device::Statistics& statistics() const override { return statistics_; }
+
+ private:
+  TargetId add(std::unique_ptr<Target> target) {
+    const TargetId id{++lastId_};
+    targets_[id] = std::move(target);
+    return id;
+  }
+  /// Makes a target the one that draws wait for.
+  Target& begin(TargetId id) {
+    Target& target = *targets_.at(id);
+    if (pending_ != id) {
+      flush();
+      pending_ = id;
+    }
+    return target;
+  }
+  void flush() {
+    if (pending_ != TargetId::None && !frame_.empty()) frame_.flush(*targets_.at(pending_));
+    pipeline_ = nullptr;
+    pipelineTextures_ = {};  // else the next upload would copy
+  }
+  void finish(TargetId target) {
+    if (pending_ == target) flush();
+  }
+  void finish(const Texture& texture) {
+    if (pending_ != TargetId::None && targets_.at(pending_)->texture() == &texture) flush();
+  }
+  const Pipeline* pipelineFor(const device::DrawPacket& packet, const Target& target);
+
+  device::Capabilities capabilities_;
+  device::Statistics statistics_;
+  std::uint32_t lastId_ = 0;
+  std::unordered_map<TargetId, std::unique_ptr<Target>> targets_;
+  std::unordered_map<TextureId, std::shared_ptr<Texture>> textures_;
+  std::unordered_map<BufferId, std::shared_ptr<std::vector<std::byte>>> buffers_;
+  Frame frame_;
+  TargetId pending_ = TargetId::None;
+
+  // The pipeline of the last draw and what it was made from.
+  const Pipeline* pipeline_ = nullptr;
+  std::uint64_t stateVersion_ = 0;
+  std::uint32_t vertexFormat_ = 0;
+  std::array<std::shared_ptr<const TextureData>, device::kStages> pipelineTextures_;
+};
+
+const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, const Target& target) {
+  std::array<const Texture*, device::kStages> textures{};
+  std::array<std::shared_ptr<const TextureData>, device::kStages> data;
+  for (std::size_t i = 0; i < device::kStages; ++i) {
+    if (packet.textures[i] == TextureId::None) continue;
+    const auto at = textures_.find(packet.textures[i]);
+    if (at == textures_.end()) continue;
+    // A draw that reads what it draws on sees it as it was before.
+    if (at->second.get() == target.texture()) flush();
+    textures[i] = at->second.get();
+    data[i] = at->second->data();
+  }
+  if (pipeline_ && stateVersion_ == packet.stateVersion && vertexFormat_ == packet.vertexFormat &&
+      data == pipelineTextures_)
+    return pipeline_;
+  stateVersion_ = packet.stateVersion;
+  vertexFormat_ = packet.vertexFormat;
+  pipeline_ = frame_.addPipeline(makePipeline(packet, target, textures));
+  pipelineTextures_ = std::move(data);
+  return pipeline_;
+}
+
+void SoftwareBackEnd::draw(const device::DrawPacket& packet) {
+  ++statistics_.drawCalls;
+  if (packet.primitive >= device::PrimitiveType::TriangleList) statistics_.triangles += packet.primitiveCount;
+  if (packet.primitiveCount == 0) return;
+  const Target& target = begin(packet.target);
+  if (frame_.full(target)) flush();
+  const Pipeline* pipeline = pipelineFor(packet, target);
+  if (!pipeline->draws()) return;
+  frame_.draw(pipeline, packet, packet.buffer == BufferId::None ? nullptr : buffers_.at(packet.buffer));
+}
+
+void SoftwareBackEnd::clear(TargetId id, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,
+                            float z) {
+  const Target& target = begin(id);
+  Clear clear;
+  clear.color = (flags & device::kClearTarget) != 0;
+  clear.depth = (flags & device::kClearDepth) != 0;
+  clear.argb = device::toArgb(target.format(), device::fromArgb(target.format(), color));
+  clear.z = static_cast<std::int32_t>(depthOf(z));
+  clear.box = {0, 0, target.width(), target.height()};
+  if (rects.empty()) frame_.clear(clear);
+  for (const PixelRect& rect : rects) {
+    const auto side = [](std::uint32_t v) { return static_cast<std::int32_t>(std::min(v, device::kMaxTargetSide)); };
+    clear.box =
+        intersect({side(rect.x), side(rect.y), side(rect.x) + side(rect.width), side(rect.y) + side(rect.height)},
+                  {0, 0, target.width(), target.height()});
+    if (!clear.box.empty()) frame_.clear(clear);
+  }
+}
+
+std::vector<std::byte> SoftwareBackEnd::readPixels(TargetId id, PixelRect rect) {
+  finish(id);
+  const Target& target = *targets_.at(id);
+  const FormatCodec codec(target.format());
+  const std::size_t pitch = std::size_t{rect.width} * codec.bytes();
+  std::vector<std::byte> out(pitch * rect.height);
+  std::vector<std::uint32_t> row(rect.width);
+  for (std::uint32_t y = 0; y < rect.height; ++y) {
+    target.readRow(static_cast<std::int32_t>(rect.x), static_cast<std::int32_t>(rect.y + y), row);
+    codec.encode(row, std::span(out).subspan(y * pitch, pitch));
+  }
+  return out;
+}
+
+void SoftwareBackEnd::writePixels(TargetId id, PixelRect rect, std::span<const std::byte> pixels) {
+  finish(id);
+  Target& target = *targets_.at(id);
+  const FormatCodec codec(target.format());
+  const std::size_t pitch = std::size_t{rect.width} * codec.bytes();
+  const Target::Rows rows = target.beginWrite();
+  for (std::uint32_t y = 0; y < rect.height; ++y) {
+    const std::span<std::uint32_t> row(rows.first + (rect.y + y) * rows.pitch + rect.x, rect.width);
+    codec.decode(pixels.subspan(y * pitch, pitch), row);
+    for (std::uint32_t& pixel : row) pixel ^= rows.flip;
+  }
+  target.endWrite();
+}
+
+void SoftwareBackEnd::present(TargetId id, device::Window* window) {
+  finish(id);
+  const Target& target = *targets_.at(id);
+  if (!window || !window->visible() || target.texture()) return;
+  // A gamma ramp, once the device has one, is applied to a copy here: the target keeps its colours.
+  const auto width = static_cast<std::uint32_t>(target.width()), height = static_cast<std::uint32_t>(target.height());
+  window->show({width, height, width, target.picture()});
+}
+
+}  // namespace
+
+std::unique_ptr<device::BackEnd> createBackEnd(const Options& options) {
+  const unsigned threads = options.threads ? options.threads : std::max(std::thread::hardware_concurrency(), 1u);
+  return std::make_unique<SoftwareBackEnd>(threads);
+}
+
+}  // namespace ql::software

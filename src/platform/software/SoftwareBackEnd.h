@@ -1,0 +1,19 @@
+/// @file
+/// The reference device: a renderer in software that needs no display and no graphics hardware.
+#pragma once
+
+#include "platform/device/BackEnd.h"
+
+#include <memory>
+
+namespace ql::software {
+
+struct Options {
+  unsigned threads = 0;  ///< that rasterise, the caller's included; 0: as many as the machine runs at once
+};
+
+/// Makes a software renderer. Draw calls are kept and carried out when a result is needed; the picture is the same to
+/// the bit for every number of threads.
+std::unique_ptr<device::BackEnd> createBackEnd(const Options& options = {});
+
+}  // namespace ql::software
