@@ -87,7 +87,8 @@ std::shared_ptr<TextureHandle> loadTexture(engine::EngineContext& context, std::
                                                     .levels = 0,
                                                     .format = needs.format,
                                                     .pool = device::Pool::Managed,
-                                                    .colorKey = entry.colorKey});
+                                                    .colorKey = entry.colorKey},
+                                                   &context.get<TextureTable>().pictures);
     needs.width = entry.texture->description().width;
     needs.height = entry.texture->description().height;
   });
@@ -133,10 +134,10 @@ std::shared_ptr<TextureHandle> findTextureByName(engine::EngineContext& context,
 }
 
 void releaseTextures(engine::EngineContext& context) {
-  engine::SlotTable<TextureEntry>& entries = context.get<TextureTable>().entries;
-  for (std::int32_t i = 0; i <= entries.count(); ++i) entries.at(i) = {};
+  TextureTable& table = context.get<TextureTable>();
+  for (std::int32_t i = 0; i <= table.entries.count(); ++i) table.entries.at(i) = {};
   context.log.write("TEXTURE FACTORY : Desallocate Textures Memory");
-  entries.clear();
+  table = TextureTable();
 }
 
 }  // namespace ql::render

@@ -4,6 +4,7 @@
 
 #include "engine/EngineContext.h"
 #include "engine/SlotTable.h"
+#include "platform/utility/PictureCache.h"
 
 #include <cstdint>
 #include <memory>
@@ -30,6 +31,7 @@ struct TextureEntry {
 
 struct TextureTable {
   engine::SlotTable<TextureEntry> entries;
+  utility::PictureCache pictures;  ///< decoded files, for a file that is loaded again
 };
 
 /// Loads a picture into the table under a name. Failures are logged and leave an entry without a device texture.
