@@ -1,0 +1,27 @@
+/// @file
+/// What the program itself needs of a level: where it is, and where its players start.
+#pragma once
+
+#include "Options.h"
+#include "Pose.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace walk {
+
+struct LevelPlace {
+  std::filesystem::path file;  ///< absolute
+  std::filesystem::path base;  ///< absolute; the folder to make current
+  std::string name;            ///< what to load, as seen from base
+};
+
+/// @throws Failure Unreadable
+LevelPlace findLevel(const Options& options);
+
+/// The level's player starts as poses at eye height, each looking the way its player does, ordered into a short tour.
+/// @throws Failure Unreadable; Malformed when the file is no Quake 3 level
+std::vector<Pose> playerStarts(const std::filesystem::path& levelFile);
+
+}  // namespace walk

@@ -1,0 +1,85 @@
+#include "Options.h"
+
+#include "Failure.h"
+
+#include <cstdio>
+#include <map>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace walk {
+namespace {
+
+constexpr int kLargestSide = 16384;
+constexpr int kMostFrames = 1'000'000;
+
+void parseSize(const std::string& text, Options& options) {
+  int width = 0, height = 0, end = 0;
+  if (std::sscanf(text.c_str(), "%6dx%6d%n", &width, &height, &end) != 2 ||
+      static_cast<std::size_t>(end) != text.size() || width < 1 || height < 1)
+    throw Failure(ExitCode::Usage, fmt::format("--size: '{}' is not WIDTHxHEIGHT", text));
+  if (width > kLargestSide || height > kLargestSide)
+    throw Failure(ExitCode::Limit, fmt::format("--size: {} exceeds {} pixels a side", text, kLargestSide));
+  options.width = width;
+  options.height = height;
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argc, char** argv) {
+  Options options;
+  std::string size;
+  bool quiet = false, verbose = false;
+  CLI::App app(
+      "Walks through a level and writes pictures, a contact sheet and timings.\n"
+      "Without LEVEL it walks the demo level, along its own path; other levels are crossed through their player "
+      "starts.",
+      "ql-walk");
+  app.set_version_flag("--version", "ql-walk " QL_VERSION);
+  app.add_option("LEVEL", options.level, "level file, below --base or anywhere");
+  app.add_option("--base", options.base,
+                 "folder that holds the level's textures; default: the folder above the level's maps/");
+  app.add_option("--poses", options.poses,
+                 "JSON array of {\"eye\": [x,y,z], \"look\": [x,y,z]} in world coordinates: one picture each, none\n"
+                 "depending on the one before");
+  app.add_option("--fov", options.fieldOfView,
+                 "vertical field of view in degrees, for any size of picture; default: the engine's (90)")
+      ->check(CLI::Range(1.0, 179.0));
+  app.add_option("--far", options.farPlane, "distance of the far plane, world units")
+      ->capture_default_str()
+      ->check(CLI::Range(2.0, 1e6));
+  app.add_option("--frames", options.frames, "frames of the flight; default: 480 (with --window: until closed)")
+      ->check(CLI::Range(1, kMostFrames));
+  app.add_option("--every", options.every, "write one picture in N frames of the flight; default: 24 pictures in all")
+      ->check(CLI::Range(1, kMostFrames));
+  app.add_option("--size", size, "picture size, WIDTHxHEIGHT; default: 1024x768");
+  app.add_option("--device", options.device, "hal (hardware), ref (software) or auto (hardware when there is any)")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, DeviceChoice>{
+          {"auto", DeviceChoice::Auto}, {"hal", DeviceChoice::Hardware}, {"ref", DeviceChoice::Reference}}))
+      ->default_str("auto");
+  app.add_flag("--no-pvs", options.noPvs, "draw the whole level, not what the camera may see");
+  app.add_option("--fixed-step", options.fixedStep,
+                 "milliseconds of engine time a frame; default: 16 (with --window: real time)")
+      ->check(CLI::Range(1, 200));
+  app.add_option("--out", options.out, "folder for the pictures and walk.json")->capture_default_str();
+  app.add_option("--json", options.json, "file for the timings, - for standard output; default: walk.json in --out");
+  app.add_flag("--window", options.window, "show the flight in a window, write no pictures");
+  auto* quietFlag = app.add_flag("--quiet", quiet, "say nothing but errors");
+  app.add_flag("--verbose", verbose, "show the engine's log")->excludes(quietFlag);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& success) {  // help, version
+    app.exit(success);
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    throw Failure(ExitCode::Usage, error.what());
+  }
+  if (!size.empty()) parseSize(size, options);
+  if (options.window && options.poses) throw Failure(ExitCode::Usage, "--window shows a flight: --poses excludes it");
+  options.talk = quiet ? Talk::Quiet : verbose ? Talk::Verbose : Talk::Normal;
+  return options;
+}
+
+}  // namespace walk

@@ -1,0 +1,37 @@
+/// @file
+/// The command line.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace walk {
+
+enum class DeviceChoice { Auto, Hardware, Reference };
+enum class Talk { Quiet, Normal, Verbose };
+
+struct Options {
+  std::string level;                           ///< empty: the demo level
+  std::optional<std::filesystem::path> base;   ///< the folder that the level's files are named from
+  std::optional<std::filesystem::path> poses;  ///< JSON
+  std::optional<float> fieldOfView;            ///< vertical, degrees
+  float farPlane = 4096;                       ///< world units
+  std::optional<int> frames;                   ///< of a flight
+  std::optional<int> every;                    ///< frames from one picture to the next
+  std::int32_t width = 1024, height = 768;
+  DeviceChoice device = DeviceChoice::Auto;
+  bool noPvs = false;
+  std::optional<int> fixedStep;  ///< milliseconds of engine time from frame to frame
+  std::filesystem::path out = "out/walk";
+  std::optional<std::string> json;  ///< file, or "-" for standard output
+  bool window = false;
+  Talk talk = Talk::Normal;
+};
+
+/// Nothing when the program has said what was asked of it (help, version) and is done.
+/// @throws Failure with ExitCode::Usage
+std::optional<Options> parseOptions(int argc, char** argv);
+
+}  // namespace walk

@@ -1,0 +1,29 @@
+/// @file
+/// What a walk measured.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace walk {
+
+struct FrameReport {
+  double ms = 0;
+  std::uint32_t faces = 0;
+  std::uint64_t triangles = 0, drawCalls = 0;
+};
+
+struct Report {
+  std::string level, device;
+  std::int32_t width = 0, height = 0;
+  double loadMs = 0;
+  std::vector<FrameReport> frames;
+
+  /// The frame time that a part of the frames does not exceed; 0 without frames. @param part 0 to 1
+  double quantile(double part) const;
+  /// Pretty-printed JSON, with the process's peak of memory as of now.
+  std::string json() const;
+};
+
+}  // namespace walk

@@ -1,0 +1,239 @@
+#include "Walk.h"
+
+#include "Failure.h"
+#include "Flight.h"
+#include "LevelFile.h"
+#include "Picture.h"
+#include "PrivateHome.h"
+#include "Progress.h"
+#include "Report.h"
+
+#include <Quasarlens3D/Quasarlens3D.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace fs = std::filesystem;
+namespace ql = Quasarlens3D;
+
+namespace walk {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kDefaultFrames = 480, kDefaultPictures = 24;
+constexpr int kDefaultStep = 16;            // milliseconds
+constexpr std::uint32_t kPastCache = 2001;  // milliseconds after which the level takes its visible set anew
+constexpr double kWindowSpeed = 160;        // world units per second
+constexpr char kLoadError[] = "BSP TREE : Error during loading : ";
+
+double millisecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+/// An engine with one level, drawn pose by pose.
+class Session {
+ public:
+  Session(const Options& options, const LevelPlace& place) {
+    if (!options.window || options.fixedStep) internals_.SetClock([time = time_] { return *time; });
+    // Before there is a device the field of view is kept for it; the picture's proportions are then its own.
+    constexpr float kEngineFieldOfView = 89.99734f;
+    scene_.SetViewFrustum(options.fieldOfView.value_or(kEngineFieldOfView), options.farPlane);
+    startDevice(options);
+    std::string base = place.base.string();
+    engine_.SetSearchDirectory(base);
+    level_.SetParameters(ql::True, options.noPvs ? ql::False : ql::True);
+    level_.SetCurvePrecision(ql::QL_CURVE_HIGH);
+    engine_.Console(ql::False);
+    const Clock::time_point start = Clock::now();
+    level_.Load(place.name);
+    report.loadMs = millisecondsSince(start);
+  }
+
+  /// Draws one frame; the time is taken until the picture is finished.
+  void frame(const Pose& pose) {
+    setCamera(pose);
+    const Clock::time_point start = Clock::now();
+    engine_.Clear();
+    level_.Render();
+    engine_.RenderToScreen();
+    const double ms = millisecondsSince(start);
+    const ql::FrameStatistics statistics = internals_.GetFrameStatistics();
+    report.frames.push_back({ms, statistics.faces, statistics.triangles, statistics.drawCalls});
+  }
+
+  /// Makes the next frame's picture independent of all frames before: an empty frame takes the pose's frustum planes,
+  /// and the time lets the level take its visible set anew.
+  void forgetThePast(const Pose& pose) {
+    setCamera(pose);
+    engine_.Clear();
+    engine_.RenderToScreen();
+    advance(kPastCache);
+  }
+
+  Picture picture() const {
+    const ql::SurfaceObject surface = internals_.GetBackbuffer();
+    return {static_cast<std::uint32_t>(surface.Width()), static_cast<std::uint32_t>(surface.Height()),
+            surface.ReadPixels()};
+  }
+
+  void advance(std::uint32_t ms) { *time_ += ms; }
+  bool closeRequested() const { return engine_.CloseRequested(); }
+
+  Report report;
+
+ private:
+  void startDevice(const Options& options) {
+    const bool hardware = options.device != DeviceChoice::Reference;
+    engine_.SetEngineMode(options.width, options.height, 32, hardware);
+    if (!engine_.Initialize(options.window ? -1 : 0)) throw Failure(ExitCode::NoDevice, "no device could be created");
+    const bool isHardware = internals_.GetDeviceKind() == ql::QL_DEVICE_HARDWARE;
+    if (options.device == DeviceChoice::Hardware && !isHardware)
+      throw Failure(ExitCode::NoDevice, "there is no hardware device here");
+    report.device = isHardware ? "hal" : "ref";
+    std::int32_t format = 0;
+    engine_.GetVideoMode(report.width, report.height, format);
+  }
+
+  void setCamera(const Pose& pose) {
+    const Point look = distance(pose.eye, pose.look) > 1e-3 ? pose.look : pose.eye + Point{0, 0, 1};
+    camera_.SetCamera(pose.eye.x, pose.eye.y, pose.eye.z, look.x, look.y, look.z);
+  }
+
+  std::shared_ptr<std::uint32_t> time_ = std::make_shared<std::uint32_t>(10'000);
+  ql::Quasarlens8 engine_;
+  ql::InternalObjects8 internals_;
+  ql::Scene8 scene_;
+  ql::Camera8 camera_;
+  ql::BSPTree8 level_;
+};
+
+/// The level's own path when there is one beside it, else its player starts.
+Flight planFlight(const fs::path& levelFile) {
+  const fs::path path = levelFile.parent_path() / (levelFile.stem().string() + "-path.json");
+  return Flight(fs::exists(path) ? readPoses(path) : playerStarts(levelFile));
+}
+
+/// Writes the last frame's picture and adds it to the sheet.
+void keepPicture(const Session& session, const fs::path& file, ContactSheet& sheet) {
+  const Picture picture = session.picture();
+  writePng(file, picture);
+  sheet.add(picture);
+}
+
+void drawPoses(Session& session, const Options& options, const std::vector<Pose>& poses, ContactSheet& sheet) {
+  Progress progress("drawing poses", options.talk != Talk::Quiet);
+  for (std::size_t i = 0; i < poses.size(); ++i) {
+    session.forgetThePast(poses[i]);
+    session.frame(poses[i]);
+    keepPicture(session, options.out / fmt::format("pose-{:03}.png", i), sheet);
+    progress.at(static_cast<int>(i + 1), static_cast<int>(poses.size()));
+  }
+}
+
+void drawFlight(Session& session, const Options& options, const Flight& flight, ContactSheet& sheet) {
+  const int frames = options.frames.value_or(kDefaultFrames);
+  const int every = options.every.value_or((frames + kDefaultPictures - 1) / kDefaultPictures);
+  const auto step = static_cast<std::uint32_t>(options.fixedStep.value_or(kDefaultStep));
+  Progress progress("flying", options.talk != Talk::Quiet);
+  for (int i = 0; i < frames; ++i) {
+    const Pose pose = flight.at(frames > 1 ? static_cast<double>(i) / (frames - 1) : 0);
+    const bool keep = i % every == 0;
+    if (keep) session.forgetThePast(pose);
+    session.frame(pose);
+    session.advance(step);
+    if (keep) keepPicture(session, options.out / fmt::format("frame-{:04}.png", i), sheet);
+    progress.at(i + 1, frames);
+  }
+}
+
+void showFlight(Session& session, const Options& options, const Flight& flight) {
+  const Clock::time_point start = Clock::now();
+  for (int i = 0; !session.closeRequested() && (!options.frames || i < *options.frames); ++i) {
+    const double seconds = options.fixedStep ? i * *options.fixedStep / 1000.0
+                                             : std::chrono::duration<double>(Clock::now() - start).count();
+    // There and back again, without end.
+    const double duration = std::max(flight.length() / kWindowSpeed, 8.0);
+    const double phase = std::fmod(seconds / duration, 2.0);
+    session.frame(flight.at(phase < 1 ? phase : 2 - phase));
+    if (options.fixedStep) session.advance(static_cast<std::uint32_t>(*options.fixedStep));
+  }
+}
+
+/// The engine tells of a failed load in its log only.
+void checkLog(const PrivateHome& home, Talk talk) {
+  std::string fault;
+  for (const std::string& line : home.logLines()) {
+    if (talk == Talk::Verbose) fmt::print(stderr, "{}\n", line);
+    if (const std::size_t at = line.find(kLoadError); at != std::string::npos)
+      fault = line.substr(at + sizeof kLoadError - 1);
+  }
+  if (!fault.empty()) throw Failure(ExitCode::Malformed, "the level could not be loaded: " + fault);
+}
+
+void writeText(const fs::path& file, const std::string& text) {
+  std::ofstream out(file, std::ios::binary);
+  out << text;
+  if (!out.flush()) throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", file.string()));
+}
+
+void prepareOut(const fs::path& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error) throw Failure(ExitCode::Unreadable, fmt::format("cannot make {}: {}", folder.string(), error.message()));
+}
+
+}  // namespace
+
+void run(const Options& given) {
+  Options options = given;
+  const LevelPlace place = findLevel(options);
+  const std::vector<Pose> poses = options.poses ? readPoses(*options.poses) : std::vector<Pose>{};
+  // The engine changes the current folder.
+  options.out = fs::absolute(options.out);
+  const bool jsonToOutput = options.json == "-";
+  const fs::path jsonFile = options.json ? fs::absolute(*options.json) : options.out / "walk.json";
+  if (options.window) {
+    if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
+      throw Failure(ExitCode::NoDevice, "--window: there is no display");
+  } else {
+    // Pictures need no display, and none shall flash up.
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
+    prepareOut(options.out);
+  }
+
+  const Flight flight = options.poses ? Flight({}) : planFlight(place.file);
+  const PrivateHome home;
+  Report report;
+  ContactSheet sheet;
+  {
+    Session session(options, place);
+    checkLog(home, options.talk);
+    if (options.poses)
+      drawPoses(session, options, poses, sheet);
+    else if (options.window)
+      showFlight(session, options, flight);
+    else
+      drawFlight(session, options, flight, sheet);
+    report = std::move(session.report);
+  }
+  report.level = place.name;
+  if (!sheet.empty()) writePng(options.out / "contact.png", sheet.sheet());
+  if (jsonToOutput)
+    fmt::print("{}", report.json());
+  else if (!options.window || options.json)
+    writeText(jsonFile, report.json());
+  if (options.talk == Talk::Quiet || jsonToOutput) return;
+  if (!options.window) fmt::print("pictures and timings: {}\n", options.out.string());
+  fmt::print("{}, {}x{}, {} frames: median {:.2f} ms, 95 % within {:.2f} ms; loaded in {:.0f} ms\n", report.device,
+             report.width, report.height, report.frames.size(), report.quantile(0.5), report.quantile(0.95),
+             report.loadMs);
+}
+
+}  // namespace walk
