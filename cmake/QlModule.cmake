@@ -44,7 +44,7 @@ function(ql_test name)
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
   # Tests never touch the user's own settings or log.
   set_tests_properties(${name} PROPERTIES
-    ENVIRONMENT "XDG_CONFIG_HOME=${PROJECT_BINARY_DIR}/test-home/${name}/config;XDG_STATE_HOME=${PROJECT_BINARY_DIR}/test-home/${name}/state"
+    ENVIRONMENT "XDG_CONFIG_HOME=${PROJECT_BINARY_DIR}/test-home/${name}/config;XDG_STATE_HOME=${PROJECT_BINARY_DIR}/test-home/${name}/state;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
     TIMEOUT 600)
 endfunction()
 

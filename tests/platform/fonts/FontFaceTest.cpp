@@ -138,7 +138,9 @@ void expectEmptyGlyphs(const FontFace& face, const char* name) {
 
 TEST(FontFace, WithoutAnyFontEveryGlyphIsEmpty) {
   FcConfig* before = FcConfigReference(nullptr);
-  FcConfigSetCurrent(FcConfigCreate());  // knows no font
+  FcConfig* const none = FcConfigCreate();  // knows no font
+  FcConfigSetCurrent(none);
+  FcConfigDestroy(none);
   expectEmptyGlyphs(FontFace({.points = 12, .bold = true, .italic = true}), "nothing installed");
   FcConfigSetCurrent(before);
   FcConfigDestroy(before);
