@@ -35,7 +35,7 @@ std::int16_t slotForLoad(engine::EngineContext& context, const std::string& file
   const std::int16_t slot = entries.find(
       [&](const TextureEntry& entry) { return !entry.used || entry.name == name || entry.fileName == fileName; });
   if (slot == 0) return entries.grow();
-  if (entries.at(slot).used)
+  if (entries.at(slot).used)  // it keeps its key unless the load brings another
     context.log.write("TEXTURE FACTORY : Texture already loaded... Reload however.");
   else
     entries.at(slot) = {};  // nothing of the texture that was here before: neither its key nor its file

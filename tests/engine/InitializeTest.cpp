@@ -201,6 +201,17 @@ TEST(EngineInitializeCalls, AsksChecksAndSetsInOrder) {
   EXPECT_TRUE(engine.machine.display->ownWindows.at(0)->fullScreen);
 }
 
+TEST(EngineInitializeCalls, AFormatThatNoAdapterHasGivesNoDepthBuffer) {
+  RunningEngine engine;
+  engine.context.settings.set("Format", "99");
+  EXPECT_FALSE(initialize(engine.context, kFullScreen));
+  const std::vector<std::string> lines = engine.machine.logLines();
+  ASSERT_GE(lines.size(), 2u);
+  EXPECT_EQ(lines[0], "DEVICE INIT : The Z-Buffer format seems not be compatible with QL8 at the moment");
+  EXPECT_EQ(lines[1], "DEVICE INIT : No 32 bits ZBuffer");
+  EXPECT_EQ(engine.context.presentParameters.autoDepthStencilFormat, device::Format::Unknown);
+}
+
 TEST(EngineInitializeCalls, VertexProcessingNeedsTheSettingAndTheCard) {
   struct Case {
     const char* setting;

@@ -75,13 +75,6 @@ TEST_F(Scenes, BackgroundIsTheColourOfClear) {
   EXPECT_EQ(static_cast<std::uint32_t>(context.backgroundColor), 0xFF0000FFu);
 }
 
-TEST_F(Scenes, CameraIsTheEnginesOwn) {
-  scene->setCamera({1, 2, 3}, {4, 5, 6});
-  EXPECT_EQ(context.cameraPosition, (math::Vec3{1, 2, 3}));
-  EXPECT_EQ(context.cameraLookAt, (math::Vec3{4, 5, 6}));
-  EXPECT_EQ(recorder.lines({"SetTransform"}).size(), 1u);
-}
-
 TEST_F(Scenes, FontChangesOnlyWhatIsGiven) {
   const fonts::FontRequest& font = context.internalFont;
   const std::string before = font.face;
