@@ -68,17 +68,27 @@ void combine(BlendOp op, const Plane& a, const Plane& factorA, const Plane& b, c
   }
 }
 
-// Thresholds of the dither pattern, in 1/32 with 1/64 added: spread evenly, neighbours far apart.
+// Ranks of the dither pattern: neighbours far apart.
 constexpr std::uint16_t kPattern[kLanes] = {0, 8, 2, 10, 12, 4, 14, 6, 3, 11, 1, 9, 15, 7, 13, 5};
 
-void quantizeChannel(Plane& plane, std::uint16_t bits, bool dither) {
+// Repeats the bits of a channel value until they fill 8; at least 4 bits.
+std::uint32_t expand(std::uint32_t value, std::uint32_t bits) { return value << (8 - bits) | value >> (2 * bits - 8); }
+
+void roundToBits(Plane& plane, std::uint32_t bits) {
   const std::uint32_t limit = (1u << bits) - 1;
+  for (int i = 0; i < kLanes; ++i) plane[i] = static_cast<std::uint16_t>(expand((plane[i] * limit + 127) / 255, bits));
+}
+
+// Takes the stored value below or the one above, by comparing the place between them with the pattern. A value that can
+// be stored stays as it is, so drawing again doesn't add noise.
+void ditherToBits(Plane& plane, std::uint32_t bits) {
   for (int i = 0; i < kLanes; ++i) {
-    const std::uint32_t threshold = dither ? ((kPattern[i] * 2u + 1u) * 255u) >> 5 : 127;
-    const std::uint32_t value = (plane[i] * limit + threshold) / 255;
-    std::uint32_t expanded = value << (8 - bits);
-    for (std::uint32_t filled = bits; filled < 8; filled *= 2) expanded |= expanded >> filled;
-    plane[i] = static_cast<std::uint16_t>(expanded);
+    const std::uint32_t value = plane[i];
+    std::uint32_t low = value >> (8 - bits);
+    low -= expand(low, bits) > value ? 1 : 0;
+    const std::uint32_t below = expand(low, bits), above = expand(low + 1, bits);
+    const bool up = (value - below) * 32 > (kPattern[i] * 2u + 1u) * (above - below);
+    plane[i] = static_cast<std::uint16_t>(up ? above : below);
   }
 }
 
@@ -98,10 +108,17 @@ void blend(const Pipeline& p, const Colors& d, Colors& s) {
 }
 
 void quantize(const Pipeline& p, Colors& colors) {
-  quantizeChannel(colors.c[kRed], p.target.red, p.dither);
-  quantizeChannel(colors.c[kGreen], p.target.green, p.dither);
-  quantizeChannel(colors.c[kBlue], p.target.blue, p.dither);
-  if (p.target.alpha == 1) quantizeChannel(colors.c[kAlpha], 1, false);
+  const auto channel = [&](int c, std::uint16_t bits) {
+    if (p.dither)
+      ditherToBits(colors.c[c], bits);
+    else
+      roundToBits(colors.c[c], bits);
+  };
+  channel(kRed, p.target.red);
+  channel(kGreen, p.target.green);
+  channel(kBlue, p.target.blue);
+  if (p.target.alpha != 1) return;
+  for (int i = 0; i < kLanes; ++i) colors.c[kAlpha][i] = colors.c[kAlpha][i] >= 128 ? 255 : 0;
 }
 
 }  // namespace ql::software

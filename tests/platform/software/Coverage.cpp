@@ -47,7 +47,7 @@ TEST(Coverage, MeshesCoverEachPixelOnce) {
     std::mt19937 random(seed);
     const std::uint32_t width = 150, height = 130;
     const int n = 3 + static_cast<int>(seed) * 4;
-    std::uniform_real_distribution<float> shake(-0.45f, 0.45f);
+    std::uniform_real_distribution<float> shake(-0.25f, 0.25f);
     std::vector<ScreenVertex> grid;
     for (int j = 0; j <= n; ++j)
       for (int i = 0; i <= n; ++i) {
@@ -81,7 +81,7 @@ TEST(Coverage, ClippedMeshesCoverEachPixelAtMostOnce) {
     std::uniform_real_distribution<float> shake(-0.4f, 0.4f);
     Scene scene(200, 150);
     scene.state.projection = math::perspective(1.2f, 0.75f, 0.5f, 3000);
-    scene.state.view = math::rotationX(0.1f * static_cast<float>(seed));
+    scene.state.view = math::rotationX(-0.1f * static_cast<float>(seed));
     scene.state.render.zEnable = 0;
     scene.state.render.alphaBlendEnable = 1;
     scene.state.render.srcBlend = scene.state.render.destBlend = code(device::Blend::One);
