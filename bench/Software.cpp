@@ -1,0 +1,224 @@
+// Fill rates and triangle rates of the software renderer at 1024 x 768, bilinear with mip maps. Every picture is
+// compared with the one of a single thread before it is timed.
+#include "platform/software/SoftwareBackEnd.h"
+
+#include <array>
+#include <bit>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using namespace ql;
+
+constexpr std::uint32_t kWidth = 1024, kHeight = 768;
+constexpr int kLayers = 16;
+
+struct Vertex {
+  float x, y, z;
+  std::uint32_t diffuse, specular;
+  float u, v;
+};
+
+class Renderer {
+ public:
+  explicit Renderer(unsigned threads) : backEnd_(software::createBackEnd({threads})) {
+    target_ = backEnd_->createTarget(kWidth, kHeight, device::Format::X8R8G8B8);
+    state.viewport = {0, 0, kWidth, kHeight, 0, 1};
+    state.render.lighting = 0;
+    state.render.cullMode = 1;
+    for (auto& stage : state.stages) {
+      stage.minFilter = stage.magFilter = 2;
+      stage.mipFilter = 1;
+      stage.texCoordIndex = 0;
+    }
+    state.stages[0].colorOp = state.stages[0].alphaOp = 2;
+    textures_ = {noise(255), noise(128)};
+  }
+
+  device::State state;
+
+  void draw(const std::vector<Vertex>& vertices, bool two = false) {
+    device::DrawPacket packet;
+    packet.target = target_;
+    packet.state = &state;
+    packet.stateVersion = version;
+    packet.textures = {textures_[state.render.alphaBlendEnable ? 1 : 0], two ? textures_[1] : device::TextureId::None};
+    packet.primitiveCount = static_cast<std::uint32_t>(vertices.size() / 3);
+    packet.vertexCount = static_cast<std::uint32_t>(vertices.size());
+    packet.vertexFormat = 0x1C2;
+    packet.stride = sizeof(Vertex);
+    packet.vertices = std::as_bytes(std::span(vertices));
+    backEnd_->draw(packet);
+  }
+  void clear() { backEnd_->clear(target_, {}, 3, 0xFF29293D, 1); }
+  void finish() { backEnd_->present(target_, nullptr); }
+  std::vector<std::byte> pixels() { return backEnd_->readPixels(target_, {0, 0, kWidth, kHeight}); }
+
+  std::uint64_t version = 1;
+
+ private:
+  device::TextureId noise(std::uint32_t alpha) {
+    const auto id = backEnd_->createTexture({256, 256, 9, device::Format::A8R8G8B8, false});
+    std::uint32_t random = 1;
+    for (std::uint32_t level = 0; level < 9; ++level) {
+      std::vector<std::uint32_t> texels(std::size_t{256u >> level} * (256u >> level));
+      for (std::uint32_t& texel : texels) {
+        random = random * 1664525 + 1013904223;
+        texel = alpha << 24 | random >> 8;
+      }
+      backEnd_->uploadTexture(id, level, std::as_bytes(std::span(texels)));
+    }
+    return id;
+  }
+
+  std::unique_ptr<device::BackEnd> backEnd_;
+  device::TargetId target_{};
+  std::array<device::TextureId, 2> textures_{};
+};
+
+std::vector<Vertex> layer(float z, std::uint32_t diffuse) {
+  const auto corner = [&](float x, float y) {
+    return Vertex{x, y, z, diffuse, 0, (x + 1) * 0.5f * 3.3f, (1 - y) * 0.5f * 2.5f};
+  };
+  const Vertex a = corner(-1, 1), b = corner(1, 1), c = corner(1, -1), d = corner(-1, -1);
+  return {a, b, c, a, c, d};
+}
+
+void opaque(Renderer& r, bool two = false) {
+  for (int i = 0; i < kLayers; ++i) r.draw(layer(0.9f - 0.02f * static_cast<float>(i), 0xFFFFFFFF), two);
+}
+
+// 31 sheets of 128 x 128 x 2 triangles of about 6 pixels.
+void smallTriangles(Renderer& r) {
+  static const std::vector<std::vector<Vertex>> sheets = [] {
+    std::vector<std::vector<Vertex>> out;
+    for (int k = 0; k < 31; ++k) {
+      std::vector<Vertex>& sheet = out.emplace_back();
+      const auto corner = [&](int i, int j) {
+        const float x = static_cast<float>(i) / 128, y = static_cast<float>(j) / 128;
+        return Vertex{static_cast<float>(k % 2 - 1) + x,
+                      static_cast<float>(k / 2 % 2 - 1) + y,
+                      0.9f - static_cast<float>(k) * 0.02f,
+                      0xFFFFFFFF,
+                      0,
+                      x * 4,
+                      y * 4};
+      };
+      for (int j = 0; j < 128; ++j)
+        for (int i = 0; i < 128; ++i)
+          for (const auto& [di, dj] : {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 0}, {1, 1}, {0, 1}})
+            sheet.push_back(corner(i + di, j + dj));
+    }
+    return out;
+  }();
+  for (const auto& sheet : sheets) r.draw(sheet);
+}
+
+struct Scene {
+  const char* name;
+  void (*state)(device::State&);
+  void (*draw)(Renderer&);
+  double pixels, triangles;  // of a frame
+};
+
+constexpr double kFill = static_cast<double>(kWidth) * kHeight * kLayers;
+
+void blended(device::State& s, std::uint32_t source, std::uint32_t destination) {
+  s.render.zWriteEnable = 0;
+  s.render.alphaBlendEnable = 1;
+  s.render.srcBlend = source;
+  s.render.destBlend = destination;
+}
+
+const Scene kScenes[] = {
+    {"opaque", [](device::State& s) { s.render.zEnable = 0; }, [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"opaque_depth", [](device::State&) {}, [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"alpha",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       blended(s, 5, 6);
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"multiply",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       blended(s, 9, 1);
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"colour",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       s.stages[0].colorOp = s.stages[0].alphaOp = 4;
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"two_textures",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       s.stages[1].colorOp = 5;
+       s.stages[1].alphaOp = 2;
+     },
+     [](Renderer& r) { opaque(r, true); }, kFill, 0},
+    {"colour_fog_alpha_test",
+     [](device::State& s) {
+       s.stages[0].colorOp = s.stages[0].alphaOp = 4;
+       s.render.zEnable = 0;
+       s.render.alphaTestEnable = 1;
+       s.render.alphaFunc = 5;
+       s.render.fogEnable = 1;
+       s.render.fogVertexMode = 3;
+       s.render.fogEnd = std::bit_cast<std::uint32_t>(2.0f);
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"trilinear",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       s.stages[0].mipFilter = 2;
+       s.stages[0].mipMapLodBias = std::bit_cast<std::uint32_t>(2.0f);
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"small_triangles", [](device::State&) {}, smallTriangles, 0, 31.0 * 128 * 128 * 2},
+};
+
+std::vector<std::byte> picture(const Scene& scene, unsigned threads) {
+  Renderer r(threads);
+  scene.state(r.state);
+  r.clear();
+  scene.draw(r);
+  return r.pixels();
+}
+
+void run(benchmark::State& state, const Scene& scene, unsigned threads) {
+  if (picture(scene, threads) != picture(scene, 1)) {
+    state.SkipWithError("pictures differ");
+    return;
+  }
+  Renderer r(threads);
+  scene.state(r.state);
+  for (auto _ : state) {
+    r.clear();
+    scene.draw(r);
+    r.finish();
+  }
+  const auto rate = [&](double perFrame) {
+    return benchmark::Counter(perFrame * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+  };
+  if (scene.pixels > 0) state.counters["Mpixels/s"] = rate(scene.pixels);
+  if (scene.triangles > 0) state.counters["Mtriangles/s"] = rate(scene.triangles);
+}
+
+const bool kRegistered = [] {
+  for (const Scene& scene : kScenes)
+    for (const unsigned threads : {1u, 2u})
+      benchmark::RegisterBenchmark((std::string(scene.name) + "/threads:" + std::to_string(threads)).c_str(),
+                                   [&scene, threads](benchmark::State& s) { run(s, scene, threads); })
+          ->Unit(benchmark::kMillisecond)
+          ->UseRealTime();
+  return true;
+}();
+
+}  // namespace
