@@ -3,14 +3,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace ql::level {
 namespace {
 
 /// Texture indices are kept in 16 bits.
 constexpr std::size_t kMaxTextures = 32768;
-/// Numbers beyond this can only be damage; below it, sums of a few of them stay finite.
-constexpr float kLargestNumber = 1e30f;
+/// Some compilers leave wild numbers in coordinates that nothing uses; they do no harm while sums of a few stay finite.
+constexpr float kLargestNumber = std::numeric_limits<float>::max() / 4;
 /// Good files list each leaf face once; more than this many times the list's length is refused, since every rebuild of
 /// the visible faces walks all of it.
 constexpr std::int64_t kLeafFaceRepeats = 4;
