@@ -22,7 +22,7 @@ endfunction()
 
 set(work "${BUILD}/consumer")
 set(first "${BUILD}/odd prefix/x y")
-set(prefix "${BUILD}/odd prefix/moved, to+here")
+set(prefix "${BUILD}/odd prefix/moved +to here")
 file(REMOVE_RECURSE "${work}" "${BUILD}/odd prefix")
 file(MAKE_DIRECTORY "${work}")
 foreach(component runtime development)

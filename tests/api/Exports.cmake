@@ -1,0 +1,15 @@
+# The library exports the public classes and nothing else.
+execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols RESULT_VARIABLE result)
+if(result OR NOT symbols MATCHES "Quasarlens3D::Quasarlens8::Clear")
+  message(FATAL_ERROR "cannot list the symbols of ${LIBRARY}: ${symbols}")
+endif()
+string(REPLACE ";" " " symbols "${symbols}")
+string(REPLACE "\n" ";" symbols "${symbols}")
+list(FILTER symbols EXCLUDE REGEX "^$")
+foreach(symbol IN LISTS symbols)
+  string(REGEX REPLACE "^[0-9a-fA-F]* [A-Za-z] " "" name "${symbol}")
+  if(name MATCHES "ql::" OR name MATCHES "Quasarlens3D::Detail::[A-Za-z]*Object::"
+     OR NOT name MATCHES "^(typeinfo for |typeinfo name for |vtable for |)Quasarlens3D::")
+    message(SEND_ERROR "exported: ${symbol}")
+  endif()
+endforeach()
