@@ -5,6 +5,7 @@
 
 #include "level/Q3Bsp.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -74,7 +75,8 @@ struct TinyQ3Level {
     const auto add = [&](level::Lump lump, std::span<const std::byte> content) {
       header.lumps[static_cast<std::size_t>(lump)] = {static_cast<std::uint32_t>(file.size()),
                                                       static_cast<std::uint32_t>(content.size())};
-      file.insert(file.end(), content.begin(), content.end());
+      file.resize(file.size() + content.size());
+      std::copy(content.begin(), content.end(), file.end() - static_cast<std::ptrdiff_t>(content.size()));
     };
     const auto table = [](const auto& records) { return std::as_bytes(std::span(records)); };
     add(level::Lump::Entities, table(entities));
