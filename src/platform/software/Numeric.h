@@ -12,14 +12,19 @@ namespace ql::software {
 
 /// The nearest integer, halves to even. Not a number and everything outside 32 bits give the lowest integer.
 inline std::int32_t roundToInt(float x) {
-  constexpr float kLimit = 2147483648.0f;
-  const float inside = (x >= -kLimit) & (x < kLimit) ? x : -kLimit;
+  constexpr float kLimit = 2147483648.0f, kHalf = 0.5f, kPastHalf = 0.50000006f;
+  const float below = x < kLimit ? x : -kLimit;
+  const float inside = below >= -kLimit ? below : -kLimit;
   const std::int32_t whole = static_cast<std::int32_t>(inside);
   const float rest = inside - static_cast<float>(whole);  // exact
-  const std::int32_t odd = whole & 1;
-  const std::int32_t up = (rest > 0.5f) | ((rest == 0.5f) & odd);
-  const std::int32_t down = (rest < -0.5f) | ((rest == -0.5f) & odd);
-  return whole + up - down;
+  const float tie = whole & 1 ? kHalf : kPastHalf;
+  return whole + (rest >= tie ? 1 : 0) - (rest <= -tie ? 1 : 0);
+}
+
+/// An integer within low to high; by value, which suits vectors.
+inline std::int32_t clampTo(std::int32_t x, std::int32_t low, std::int32_t high) {
+  const std::int32_t above = x > low ? x : low;
+  return above < high ? above : high;
 }
 
 /// x within low to high; low for not a number.
@@ -28,10 +33,11 @@ inline float clampTo(float x, float low, float high) {
   return above < high ? above : high;
 }
 
-/// A product of two values 0 to 255 divided by 255, to nearest. @param x at most 65025
+/// A product of two values 0 to 255 divided by 255, to nearest. @param x at most 65025: the steps fit 16 bits, so that
+/// loops over it stay in lanes of 16 bits
 inline std::uint16_t div255(std::uint32_t x) {
-  const std::uint32_t t = x + 128;
-  return static_cast<std::uint16_t>((t + (t >> 8)) >> 8);
+  const auto t = static_cast<std::uint16_t>(x + 128);
+  return static_cast<std::uint16_t>(static_cast<std::uint16_t>(t + (t >> 8)) >> 8);
 }
 
 /// e to the power of -x for x of at least 0 (others count as 0), to about 1e-6 of the result.

@@ -12,7 +12,7 @@ using device::Address;
 // Four neighbours of each pixel, flipped, and the weights of the right and lower ones, in 1/128.
 struct Neighbours {
   Lanes<std::uint32_t> t00, t10, t01, t11;
-  Lanes<std::int32_t> weightX, weightY;
+  Lanes<std::int16_t> weightX, weightY;
 };
 
 // A texel coordinate under an addressing mode; -1: the border.
@@ -42,20 +42,22 @@ void fixedCoordinates(const Lanes<float>& u, float scale, bool linear, Lanes<std
 
 void fetchFast(const Sampler::Level& level, Lanes<std::int32_t>& u, Lanes<std::int32_t>& v, bool linear,
                Neighbours& out) {
-  const std::int32_t fraction = linear ? 127 : 0;
+  const std::int32_t fraction = linear ? 127 : 0, stride = level.stride;
+  const std::int32_t lowU = level.lowU, highU = level.highU, maskU = level.maskU;
+  const std::int32_t lowV = level.lowV, highV = level.highV, maskV = level.maskV;
   Lanes<std::int32_t> index;
   for (int i = 0; i < kLanes; ++i) {
-    const std::int32_t x = std::clamp(u[i], level.lowU, level.highU), y = std::clamp(v[i], level.lowV, level.highV);
-    out.weightX[i] = (x >> 1) & fraction;
-    out.weightY[i] = (y >> 1) & fraction;
-    index[i] = ((y >> 8) & level.maskV) * level.stride + ((x >> 8) & level.maskU);
+    const std::int32_t x = clampTo(u[i], lowU, highU), y = clampTo(v[i], lowV, highV);
+    out.weightX[i] = static_cast<std::int16_t>((x >> 1) & fraction);
+    out.weightY[i] = static_cast<std::int16_t>((y >> 1) & fraction);
+    index[i] = ((y >> 8) & maskV) * stride + ((x >> 8) & maskU);
   }
   for (int i = 0; i < kLanes; ++i) {
     const std::uint32_t* texel = level.texels + index[i];
     out.t00[i] = texel[0];
     out.t10[i] = texel[1];
-    out.t01[i] = texel[level.stride];
-    out.t11[i] = texel[level.stride + 1];
+    out.t01[i] = texel[stride];
+    out.t11[i] = texel[stride + 1];
   }
 }
 
@@ -69,8 +71,8 @@ void fetchGeneral(const Sampler& s, const Sampler::Level& level, const Lanes<std
     const std::int32_t x = u[i] >> 8, y = v[i] >> 8;
     const std::int32_t x0 = address(s.addressU, x, level.width), x1 = address(s.addressU, x + 1, level.width);
     const std::int32_t y0 = address(s.addressV, y, level.height), y1 = address(s.addressV, y + 1, level.height);
-    out.weightX[i] = (u[i] >> 1) & fraction;
-    out.weightY[i] = (v[i] >> 1) & fraction;
+    out.weightX[i] = static_cast<std::int16_t>((u[i] >> 1) & fraction);
+    out.weightY[i] = static_cast<std::int16_t>((v[i] >> 1) & fraction);
     out.t00[i] = texel(x0, y0);
     out.t10[i] = texel(x1, y0);
     out.t01[i] = texel(x0, y1);
@@ -78,19 +80,28 @@ void fetchGeneral(const Sampler& s, const Sampler::Level& level, const Lanes<std
   }
 }
 
+// The channel of flipped texels, a number around 0.
+void channelOf(const Lanes<std::uint32_t>& texels, int shift, Lanes<std::int16_t>& out) {
+  for (int i = 0; i < kLanes; ++i)
+    out[i] = static_cast<std::int16_t>(static_cast<std::int16_t>((texels[i] >> shift & 255) ^ 0x80) - 128);
+}
+
 // Weights of 7 bits, values around 0: across in 15 bits, then down with rounding, as 16-bit lanes can compute it.
 void filter(const Neighbours& n, Colors& out) {
+  Lanes<std::int16_t> left;
+  for (int i = 0; i < kLanes; ++i) left[i] = static_cast<std::int16_t>(128 - n.weightX[i]);
   for (int c = 0; c < 4; ++c) {
-    const int shift = c * 8;
-    const auto value = [shift](std::uint32_t texel) {
-      return static_cast<std::int32_t>(static_cast<std::int8_t>(texel >> shift & 255));
-    };
+    Lanes<std::int16_t> t00, t10, t01, t11;
+    channelOf(n.t00, c * 8, t00);
+    channelOf(n.t10, c * 8, t10);
+    channelOf(n.t01, c * 8, t01);
+    channelOf(n.t11, c * 8, t11);
     for (int i = 0; i < kLanes; ++i) {
-      const std::int32_t right = n.weightX[i], left = 128 - right;
-      const std::int32_t upper = left * value(n.t00[i]) + right * value(n.t10[i]);
-      const std::int32_t lower = left * value(n.t01[i]) + right * value(n.t11[i]);
-      const std::int32_t mixed = upper + (((lower - upper) * n.weightY[i] + 64) >> 7);
-      out.c[c][i] = static_cast<std::uint16_t>((mixed + 16384 + 64) >> 7);
+      const auto upper = static_cast<std::int16_t>(left[i] * t00[i] + n.weightX[i] * t10[i]);
+      const auto lower = static_cast<std::int16_t>(left[i] * t01[i] + n.weightX[i] * t11[i]);
+      const auto across = static_cast<std::int16_t>(lower - upper);
+      const auto down = static_cast<std::int16_t>((across * n.weightY[i] + 64) >> 7);
+      out.c[c][i] = static_cast<std::uint16_t>(static_cast<std::uint16_t>(upper + down + 16384 + 64) >> 7);
     }
   }
 }
