@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstdlib>
+#include <map>
 
 namespace ql::maker {
 namespace {
@@ -191,30 +192,56 @@ class Writer {
 
   void toLeaf(int leaf) {
     auto& list = leafFaces_[static_cast<std::size_t>(leaf)];
-    if (list.empty() || list.back() != faceCount_) list.push_back(faceCount_);
+    if (std::find(list.rbegin(), list.rend(), faceCount_) == list.rend()) list.push_back(faceCount_);
+  }
+
+  void surfacePiece(const Surface& surface, const Chart& chart, const Winding& piece, std::size_t firstVertex) {
+    const Material& material = c_.level.materials[static_cast<std::size_t>(surface.material)];
+    const std::size_t base = vertexCount_ - firstVertex;
+    for (const Vec3& p : piece) {
+      const auto [u, v] = textureAt(surface, material, p);
+      const bool lit = chart.block.page >= 0;
+      vertex(p, u, v, lit ? &chart : nullptr, lit ? samplePosition(chart, p) : std::pair{0.0, 0.0},
+             surface.plane.normal);
+    }
+    for (const int i : triangulated(piece)) {
+      lump(kMeshVertices).i32(base + static_cast<std::size_t>(i));
+      ++meshVertexCount_;
+    }
+    for (const LeafPiece& part : distribute(c_.tree, piece, surface.plane))
+      if (!c_.tree.leaves[static_cast<std::size_t>(part.leaf)].solid) toLeaf(part.leaf);
   }
 
   void faces() {
+    std::map<std::pair<int, int>, std::vector<std::size_t>> groups;  // by group and lightmap page
     for (std::size_t s = 0; s < c_.surfaces.size(); ++s) {
       const Surface& surface = c_.surfaces[s];
-      const Material& material = c_.level.materials[static_cast<std::size_t>(surface.material)];
       const Chart& chart = c_.surfaceCharts[s];
+      if (chart.block.group != 0) {
+        groups[{chart.block.group, chart.block.page}].push_back(s);
+        continue;
+      }
       flatDistance_ = surface.plane.distance;
       for (const Winding& piece : surface.pieces) {
-        FaceHead head{surface.material, kPolygon, vertexCount_, meshVertexCount_, &chart, surface.plane.normal, 0, 0};
-        for (const Vec3& p : piece) {
-          const auto [u, v] = textureAt(surface, material, p);
-          vertex(p, u, v, chart.block.page >= 0 ? &chart : nullptr,
-                 chart.block.page >= 0 ? samplePosition(chart, p) : std::pair{0.0, 0.0}, surface.plane.normal);
-        }
-        for (const int i : triangulated(piece)) {
-          lump(kMeshVertices).i32(i);
-          ++meshVertexCount_;
-        }
-        for (const LeafPiece& part : distribute(c_.tree, piece, surface.plane))
-          if (!c_.tree.leaves[static_cast<std::size_t>(part.leaf)].solid) toLeaf(part.leaf);
+        const FaceHead head{
+            surface.material, kPolygon, vertexCount_, meshVertexCount_, &chart, surface.plane.normal, 0, 0};
+        surfacePiece(surface, chart, piece, head.firstVertex);
         face(head);
       }
+    }
+    for (const auto& [key, members] : groups) {
+      const FaceHead head{c_.surfaces[members.front()].material,
+                          kMesh,
+                          vertexCount_,
+                          meshVertexCount_,
+                          &c_.surfaceCharts[members.front()],
+                          {},
+                          0,
+                          0};
+      for (const std::size_t s : members)
+        for (const Winding& piece : c_.surfaces[s].pieces)
+          surfacePiece(c_.surfaces[s], c_.surfaceCharts[s], piece, head.firstVertex);
+      face(head);
     }
     for (std::size_t i = 0; i < c_.level.patches.size(); ++i) patch(c_.level.patches[i], c_.patchCharts[i]);
     for (const Mesh& m : c_.level.meshes) mesh(m);

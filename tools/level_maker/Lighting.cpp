@@ -296,12 +296,13 @@ LightPages computeLight(const LitScene& scene, int pages, const LightingOptions&
 std::vector<std::uint8_t> toBytes(const LightPages& pages, double exposure) {
   constexpr double kBrightest = 223.0;  // becomes 255 when loaded
   constexpr double kAdded = 32.0;
+  constexpr double kShown = 1.0 / 2.15;  // from light to what a screen is given
   std::vector<std::uint8_t> bytes;
   bytes.reserve(pages.samples.size() * 3);
   for (const Vec3& sample : pages.samples)
     for (int channel = 0; channel < 3; ++channel) {
       const double light = 1.0 - exponential(-exposure * sample[channel]);
-      const double shown = 255.0 * power(light, 1.0 / 1.9);
+      const double shown = 255.0 * power(light, kShown);
       bytes.push_back(static_cast<std::uint8_t>(std::clamp(shown - kAdded, 0.0, kBrightest) + 0.5));
     }
   return bytes;

@@ -40,14 +40,20 @@ int packBlocks(std::span<Block> blocks) {
   std::vector<std::size_t> order(blocks.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    if (blocks[a].group != blocks[b].group) return blocks[a].group < blocks[b].group;
     return blocks[a].height != blocks[b].height ? blocks[a].height > blocks[b].height
                                                 : blocks[a].width > blocks[b].width;
   });
   std::vector<Skyline> pages;
+  const Block* before = nullptr;
   for (const std::size_t i : order) {
     Block& block = blocks[i];
     block.page = -1;
     if (block.width <= 0 || block.height <= 0 || block.width > kPageSize || block.height > kPageSize) continue;
+    if (before != nullptr && block.group != 0 && before->group == block.group &&
+        pages[static_cast<std::size_t>(before->page)].place(block))
+      block.page = before->page;
+    before = &block;
     for (std::size_t p = 0; block.page < 0; ++p) {
       if (p == pages.size()) pages.emplace_back();
       if (pages[p].place(block)) block.page = static_cast<int>(p);

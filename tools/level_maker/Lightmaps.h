@@ -17,6 +17,7 @@ struct Block {
   int y = 0;
   int width = 0;
   int height = 0;
+  int group = 0;  ///< blocks of one group (other than 0) are kept on one page where possible
 };
 
 /// Gives each block (whose width and height are set; 0 means none) a place. Blocks do not overlap. Returns the number

@@ -11,7 +11,6 @@ namespace ql::maker {
 namespace {
 
 constexpr int kJpegQuality = 88;
-constexpr int kPatchSteps = 8;  // per 3 x 3 piece, for shadows
 constexpr std::uint64_t kSightSteps = 20000;
 
 std::vector<Vec3> startsOf(const Level& level) {
@@ -79,6 +78,8 @@ MadeLevel makeStructure(Level level, const MakeOptions& options) {
   std::vector<Surface> border = structureSurfaces(made.level);
   made.tree = buildTree(cuttersOf(border), world);
   for (TreeLeaf& leaf : made.tree.leaves) leaf.solid = insideStructure(made.level, leaf.middle);
+  if (std::all_of(starts.begin(), starts.end(), [&](Vec3 s) { return insideStructure(made.level, s); }))
+    throw LeakFault("every player start lies inside a wall");
   seal(made, starts);
   dropOutside(border, made.tree);
   Tree final = buildTree(cuttersOf(border), world);
@@ -113,18 +114,26 @@ namespace {
 void layOutLightmaps(MadeLevel& made) {
   std::vector<Block> blocks;
   const auto densityOf = [&](const Material& m) { return m.density > 0 ? m.density : made.level.density; };
-  const auto chartFor = [&](const auto& shape) {
+  const auto chartFor = [&](const auto& shape, int group) {
     const Material& m = made.level.materials[static_cast<std::size_t>(shape.material)];
     Chart chart = m.lit ? chartOf(shape, densityOf(m)) : Chart{};
+    chart.block.group = group;
     blocks.push_back(chart.block);
     return chart;
   };
-  for (const Surface& s : made.surfaces) made.surfaceCharts.push_back(chartFor(s));
-  for (const Patch& p : made.level.patches) made.patchCharts.push_back(chartFor(p));
+  for (const Surface& s : made.surfaces) made.surfaceCharts.push_back(chartFor(s, groupOf(made.level, s)));
+  for (const Patch& p : made.level.patches) made.patchCharts.push_back(chartFor(p, 0));
   made.pages = packBlocks(blocks);
   for (std::size_t i = 0; i < made.surfaceCharts.size(); ++i) made.surfaceCharts[i].block = blocks[i];
   for (std::size_t i = 0; i < made.patchCharts.size(); ++i)
     made.patchCharts[i].block = blocks[made.surfaceCharts.size() + i];
+}
+
+/// Straight pieces that a curve of some 3 x 3 pieces is cut into for shadows: few enough to be quick, enough for the
+/// straight pieces to stay within the height above the surface at which its light is measured.
+int segmentsFor(double extent, int pieces) {
+  const double each = extent / pieces;
+  return pieces * (each < 60.0 ? 4 : each < 120.0 ? 8 : 16);
 }
 
 /// Everything that stops light: lit surfaces and patches (the sky and glowing things do not).
@@ -151,8 +160,9 @@ void collectTriangles(MadeLevel& made) {
     const Patch& patch = made.level.patches[i];
     const Block& b = made.patchCharts[i].block;
     if (b.page < 0) continue;
-    const int columns = (patch.width - 1) / 2 * kPatchSteps;
-    const int rows = (patch.height - 1) / 2 * kPatchSteps;
+    const auto [across, along] = patchExtent(patch);
+    const int columns = segmentsFor(across, (patch.width - 1) / 2);
+    const int rows = segmentsFor(along, (patch.height - 1) / 2);
     const auto corner = [&](Triangle& t, std::size_t c, int column, int row) {
       const double u = static_cast<double>(column) / columns;
       const double v = static_cast<double>(row) / rows;

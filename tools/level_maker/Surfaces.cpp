@@ -143,6 +143,22 @@ void closeCracks(std::vector<Surface>& surfaces) {
     }
 }
 
+int groupOf(const Level& level, const Surface& surface) {
+  constexpr double kCell = 320.0;
+  constexpr double kLargest = 400.0;
+  constexpr int kCells = 64;  // along an axis; the middle of the level is the middle cell
+  const Material& material = level.materials[static_cast<std::size_t>(surface.material)];
+  const Brush& brush = level.brushes[static_cast<std::size_t>(surface.brush)];
+  const Bounds box = boundsOf(surface.whole);
+  if (!brush.detail || !material.lit || length(box.maxs - box.mins) > kLargest) return 0;
+  const Vec3 middle = (brush.bounds.mins + brush.bounds.maxs) * 0.5;
+  int group = surface.material + 1;
+  for (int axis = 0; axis < 2; ++axis)
+    group = group * kCells +
+            std::clamp(static_cast<int>(std::floor(middle[axis] / kCell + 0.5)) + kCells / 2, 0, kCells - 1);
+  return group;
+}
+
 SurfaceAxes axesOf(Vec3 normal) {
   if (std::fabs(normal.z) > 0.99) return {{normal.z > 0 ? 1.0 : -1.0, 0, 0}, {0, -1, 0}};
   const Vec3 across = normalized(cross({0, 0, 1}, normal));

@@ -29,6 +29,10 @@ void dropOutside(std::vector<Surface>& surfaces, const Tree& tree);
 /// cracks show.
 void closeCracks(std::vector<Surface>& surfaces);
 
+/// Small faces of detail brushes that stand close to each other and share a material are drawn together; this numbers
+/// such groups. 0: drawn alone.
+int groupOf(const Level& level, const Surface& surface);
+
 /// Texture axes of a plane: `across` to the right and `down` as seen from its front (north up on floors).
 struct SurfaceAxes {
   Vec3 across;

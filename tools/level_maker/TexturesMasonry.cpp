@@ -63,7 +63,7 @@ Paint rough(double x, double y) {
   const double grain = layeredNoise(x, y, 8, 5, 41);
   const double edge = t.edge + 0.006 * noise(x, y, 16, 43);
   const double body = smoothStep(0.006, 0.04, edge);
-  Vec3 c = tinted({0.60, 0.53, 0.44}, t.id, 0.2, {0.50, 0.48, 0.46}) * (1.0 + 0.3 * grain);
+  Vec3 c = tinted({0.68, 0.58, 0.45}, t.id, 0.2, {0.58, 0.53, 0.46}) * (1.0 + 0.25 * grain);
   return {mix(Vec3{0.30, 0.26, 0.22}, c, smoothStep(0.004, 0.016, edge)), body * (1.0 + 0.3 * swell) + 0.6 * grain};
 }
 

@@ -8,12 +8,19 @@ namespace {
 double fraction(double v) { return v - std::floor(v); }
 
 Paint water(double x, double y) {
-  const double warp = layeredNoise(x, y, 4, 3, 401);
-  const Cell cell = scatteredCell(fraction(x + 0.04 * warp), fraction(y + 0.04 * warp), 6, 403);
-  const double line = 1.0 - smoothStep(0.02, 0.22, cell.second - cell.nearest);
-  Vec3 c = mix(Vec3{0.10, 0.34, 0.42}, Vec3{0.16, 0.46, 0.52}, 0.5 + 0.8 * warp);
-  c = mix(c, {0.56, 0.82, 0.84}, 0.55 * line * line);
-  return {c, 0.4 * warp};
+  // Two sets of ripples of different size; where both are bright the sky glints.
+  const double warp = layeredNoise(x, y, 4, 4, 401);
+  const auto ripples = [&](int period, double bend, std::uint32_t seed) {
+    const Cell cell =
+        scatteredCell(fraction(x + bend * warp), fraction(y + bend * noise(x, y, 5, seed + 50)), period, seed);
+    return 1.0 - smoothStep(0.0, 0.5, cell.second - cell.nearest);
+  };
+  const double wide = ripples(6, 0.07, 403);
+  const double fine = ripples(11, 0.05, 407);
+  Vec3 c = mix(Vec3{0.12, 0.40, 0.48}, Vec3{0.20, 0.54, 0.60}, std::clamp(0.5 + 0.9 * warp, 0.0, 1.0));
+  c = mix(c, {0.46, 0.76, 0.78}, 0.34 * wide * wide + 0.22 * fine * fine);
+  c = mix(c, {0.92, 0.98, 0.98}, 0.55 * smoothStep(0.55, 1.0, wide * fine));
+  return {c, 0.3 * warp};
 }
 
 Paint grass(double x, double y) {

@@ -25,8 +25,10 @@ Paint wood(double x, double y, int boards, Vec3 light, Vec3 dark, std::uint32_t 
   return {mix(dark * 0.35, c, body), body + 0.15 * rings + 0.12 * fibre};
 }
 
-Paint planks(double x, double y) { return wood(x, y, 6, {0.62, 0.42, 0.25}, {0.42, 0.26, 0.14}, 211); }
-Paint beam(double x, double y) { return wood(y, x, 2, {0.42, 0.28, 0.17}, {0.26, 0.16, 0.09}, 221); }
+Paint planks(double x, double y) { return wood(x, y, 6, {0.74, 0.53, 0.33}, {0.52, 0.34, 0.20}, 211); }
+Paint beam(double x, double y) { return wood(y, x, 2, {0.50, 0.34, 0.21}, {0.32, 0.20, 0.12}, 221); }
+
+Paint oak(double x, double y) { return wood(x, y, 3, {0.66, 0.44, 0.26}, {0.44, 0.27, 0.15}, 225); }
 
 Paint door(double x, double y) {
   Paint p = wood(x, y * 0.999, 5, {0.50, 0.32, 0.18}, {0.30, 0.18, 0.10}, 231);
@@ -299,6 +301,7 @@ std::vector<TextureRecipe> ornamentRecipes() {
   return {
       {"planks", 256, Jpeg, 0.4, planks},
       {"beam", 256, Jpeg, 0.4, beam},
+      {"oak", 256, Jpeg, 0.4, oak},
       {"door", 256, Jpeg, 0.3, door},
       {"meander", 256, Jpeg, 0.3, meander},
       {"cornice", 256, Jpeg, 0.3, cornice},
