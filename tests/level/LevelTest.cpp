@@ -2,6 +2,8 @@
 #include "level/Level.h"
 #include "level/Lightmap.h"
 #include "render/TextureTable.h"
+#include "support/PakFile.h"
+#include "support/SharedData.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPlatform.h"
 #include "support/TinyQ3Level.h"
@@ -130,6 +132,54 @@ TEST_F(LevelTest, EndsDamagedLoadsWithOneLine) {
   EXPECT_THAT(machine.logLines().back(), testing::StartsWith("BSP TREE : Error during loading : visibility lump"));
   EXPECT_EQ(level->entityText(), TinyQ3Level().entities);
   EXPECT_TRUE(draws().empty());
+}
+
+TEST_F(LevelTest, SurvivesDamagedFiles) {
+  QL_NEED_SHARED_DATA();
+  int files = 0;
+  for (const auto& path : test::sharedFiles("hostile/q3bsp/bsp")) {
+    SCOPED_TRACE(path);
+    std::string name = path.string();
+    machine.clearLog();
+    level->setCurvePrecision(2);
+    level->load(name, {});
+    render();
+    machine.clock->now += 2001;
+    context.cameraPosition = level->startPosition();
+    render();
+    ++files;
+  }
+  EXPECT_GE(files, 20);
+}
+
+TEST_F(LevelTest, ReadsFromArchivesAndCleansUp) {
+  const std::vector<std::byte> file = TinyQ3Level().bytes();
+  test::put("levels.pak",
+            test::PakFile({{"maps/tiny.bsp", {reinterpret_cast<const char*>(file.data()), file.size()}}}).bytes);
+  context.pak.open("levels.pak");
+  std::string name = "maps/tiny.bsp";
+  level->load(name, {});
+  EXPECT_EQ(name, "tiny.bsp");
+  EXPECT_EQ(level->entityText(), TinyQ3Level().entities);
+  EXPECT_FALSE(std::filesystem::exists("tiny.bsp"));
+  context.pak.close();
+}
+
+TEST_F(LevelTest, ReplacesALevelByTheNext) {
+  TinyQ3Level many;
+  for (int i = 0; i < 9; ++i) many.leaves.push_back(many.leaves[2]);
+  load(many);
+  level->setPosition(5, 6, 7);
+  stand(64, 0, 50);
+  draws();
+  TinyQ3Level few;
+  few.faces.resize(1);
+  few.leafFaces = {0};
+  few.leaves[1].leafFaceCount = 1;
+  few.leaves[2].leafFaceCount = 0;
+  load(few);
+  level->setParameters(false, true, 1, false);
+  EXPECT_THAT(draws(), ElementsAre(kWest)) << "nothing of the old list is left, though the camera did not move";
 }
 
 TEST_F(LevelTest, LogsItsLife) {
