@@ -38,22 +38,27 @@ std::optional<fs::path> findAssets() {
   return std::nullopt;
 }
 
-/// The text of the first lump of a Quake 3 level file.
-std::string entityText(const fs::path& file) {
+constexpr std::size_t kEntityLump = 0, kModelLump = 7, kLumps = 17;
+
+/// The bytes of a lump of a Quake 3 level file.
+std::string readLump(const fs::path& file, std::size_t lump) {
+  struct {
+    char magic[4];
+    std::int32_t version;
+    std::int32_t directory[kLumps][2];  // offset, length
+  } header;
   std::ifstream in(file, std::ios::binary);
   if (!in) throw Failure(ExitCode::Unreadable, fmt::format("cannot read {}", file.string()));
-  char magic[4] = {};
-  std::int32_t header[3] = {};  // version, offset and length of the entity text
-  in.read(magic, sizeof magic).read(reinterpret_cast<char*>(header), sizeof header);
-  if (!in || std::memcmp(magic, "IBSP", 4) != 0)
+  if (!in.read(reinterpret_cast<char*>(&header), sizeof header) || std::memcmp(header.magic, "IBSP", 4) != 0)
     throw Failure(ExitCode::Malformed, fmt::format("{} is not a Quake 3 level", file.string()));
+  const auto [offset, length] = header.directory[lump];
   const auto size = static_cast<std::int64_t>(fs::file_size(file));
-  if (header[1] < 0 || header[2] < 0 || std::int64_t{header[1]} + header[2] > size)
-    throw Failure(ExitCode::Malformed, fmt::format("{}: its entity text ends at {}, the file has {} bytes",
-                                                   file.string(), std::int64_t{header[1]} + header[2], size));
-  std::string text(static_cast<std::size_t>(header[2]), '\0');
-  in.seekg(header[1]).read(text.data(), header[2]);
-  return text;
+  if (offset < 0 || length < 0 || std::int64_t{offset} + length > size)
+    throw Failure(ExitCode::Malformed, fmt::format("{}: lump {} is {} bytes at {}, the file has {}", file.string(),
+                                                   lump, length, offset, size));
+  std::string bytes(static_cast<std::size_t>(length), '\0');
+  in.seekg(offset).read(bytes.data(), length);
+  return bytes;
 }
 
 using Entity = std::map<std::string, std::string>;
@@ -134,9 +139,18 @@ LevelPlace findLevel(const Options& options) {
   return place;
 }
 
+float levelDiagonal(const fs::path& levelFile) {
+  const std::string models = readLump(levelFile, kModelLump);
+  float box[6] = {};  // minimum, maximum; the first model is the world
+  if (models.size() < sizeof box) return 0;
+  std::memcpy(box, models.data(), sizeof box);
+  const float diagonal = std::hypot(box[3] - box[0], box[4] - box[1], box[5] - box[2]);
+  return std::isfinite(diagonal) ? diagonal : 0;
+}
+
 std::vector<Pose> playerStarts(const fs::path& levelFile) {
   std::vector<Pose> starts;
-  for (const Entity& entity : parseEntities(entityText(levelFile)))
+  for (const Entity& entity : parseEntities(readLump(levelFile, kEntityLump)))
     if (const std::optional<Pose> start = startOf(entity)) starts.push_back(*start);
   return tour(std::move(starts));
 }

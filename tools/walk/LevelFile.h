@@ -20,6 +20,9 @@ struct LevelPlace {
 /// @throws Failure Unreadable
 LevelPlace findLevel(const Options& options);
 
+/// The length of the level's diagonal, world units; 0 when its file does not tell. @throws as playerStarts
+float levelDiagonal(const std::filesystem::path& levelFile);
+
 /// The level's player starts as poses at eye height, each looking the way its player does, ordered into a short tour.
 /// @throws Failure Unreadable; Malformed when the file is no Quake 3 level
 std::vector<Pose> playerStarts(const std::filesystem::path& levelFile);

@@ -3,7 +3,6 @@
 #include "Failure.h"
 
 #include <cstdio>
-#include <map>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -29,7 +28,7 @@ void parseSize(const std::string& text, Options& options) {
 
 std::optional<Options> parseOptions(int argc, char** argv) {
   Options options;
-  std::string size;
+  std::string size, device = "auto";
   bool quiet = false, verbose = false;
   CLI::App app(
       "Walks through a level and writes pictures, a contact sheet and timings.\n"
@@ -37,33 +36,40 @@ std::optional<Options> parseOptions(int argc, char** argv) {
       "starts.",
       "ql-walk");
   app.set_version_flag("--version", "ql-walk " QL_VERSION);
-  app.add_option("LEVEL", options.level, "level file, below --base or anywhere");
-  app.add_option("--base", options.base,
-                 "folder that holds the level's textures; default: the folder above the level's maps/");
+  app.add_option("LEVEL", options.level, "level file, below --base or anywhere")->type_name("FILE");
+  app.add_option("--base", options.base, "folder of the level's textures; default: the one above the level's maps/")
+      ->type_name("DIR");
   app.add_option("--poses", options.poses,
-                 "JSON array of {\"eye\": [x,y,z], \"look\": [x,y,z]} in world coordinates: one picture each, none\n"
-                 "depending on the one before");
-  app.add_option("--fov", options.fieldOfView,
-                 "vertical field of view in degrees, for any size of picture; default: the engine's (90)")
+                 "JSON array of {\"eye\": [x,y,z], \"look\": [x,y,z]} in world coordinates:\n"
+                 "one picture each, none depending on those before")
+      ->type_name("FILE");
+  app.add_option("--fov", options.fieldOfView, "vertical field of view, for any size; default: the engine's (90)")
+      ->type_name("DEGREES")
       ->check(CLI::Range(1.0, 179.0));
-  app.add_option("--far", options.farPlane, "distance of the far plane, world units")
-      ->capture_default_str()
+  app.add_option("--far", options.farPlane, "distance of the far plane; default: 4096, more for a larger level")
+      ->type_name("UNITS")
       ->check(CLI::Range(2.0, 1e6));
   app.add_option("--frames", options.frames, "frames of the flight; default: 480 (with --window: until closed)")
+      ->type_name("N")
       ->check(CLI::Range(1, kMostFrames));
-  app.add_option("--every", options.every, "write one picture in N frames of the flight; default: 24 pictures in all")
+  app.add_option("--every", options.every, "one picture in N frames of the flight; default: 24 in all")
+      ->type_name("N")
       ->check(CLI::Range(1, kMostFrames));
-  app.add_option("--size", size, "picture size, WIDTHxHEIGHT; default: 1024x768");
-  app.add_option("--device", options.device, "hal (hardware), ref (software) or auto (hardware when there is any)")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, DeviceChoice>{
-          {"auto", DeviceChoice::Auto}, {"hal", DeviceChoice::Hardware}, {"ref", DeviceChoice::Reference}}))
-      ->default_str("auto");
+  app.add_option("--size", size, "picture size; default: 1024x768")->type_name("WxH");
+  app.add_option("--device", device, "hal (hardware), ref (software) or auto (hardware when there is any)")
+      ->type_name("KIND")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"hal", "ref", "auto"}));
   app.add_flag("--no-pvs", options.noPvs, "draw the whole level, not what the camera may see");
   app.add_option("--fixed-step", options.fixedStep,
-                 "milliseconds of engine time a frame; default: 16 (with --window: real time)")
+                 "engine time of a frame, milliseconds; default: 16 (with --window: real time)")
+      ->type_name("MS")
       ->check(CLI::Range(1, 200));
-  app.add_option("--out", options.out, "folder for the pictures and walk.json")->capture_default_str();
-  app.add_option("--json", options.json, "file for the timings, - for standard output; default: walk.json in --out");
+  app.add_option("--out", options.out, "folder for the pictures and walk.json")
+      ->type_name("DIR")
+      ->capture_default_str();
+  app.add_option("--json", options.json, "file for the timings, - for standard output; default: walk.json in --out")
+      ->type_name("FILE");
   app.add_flag("--window", options.window, "show the flight in a window, write no pictures");
   auto* quietFlag = app.add_flag("--quiet", quiet, "say nothing but errors");
   app.add_flag("--verbose", verbose, "show the engine's log")->excludes(quietFlag);
@@ -76,6 +82,7 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     throw Failure(ExitCode::Usage, error.what());
   }
+  if (device != "auto") options.device = device == "hal" ? DeviceChoice::Hardware : DeviceChoice::Reference;
   if (!size.empty()) parseSize(size, options);
   if (options.window && options.poses) throw Failure(ExitCode::Usage, "--window shows a flight: --poses excludes it");
   options.talk = quiet ? Talk::Quiet : verbose ? Talk::Verbose : Talk::Normal;

@@ -17,7 +17,7 @@ struct Options {
   std::optional<std::filesystem::path> base;   ///< the folder that the level's files are named from
   std::optional<std::filesystem::path> poses;  ///< JSON
   std::optional<float> fieldOfView;            ///< vertical, degrees
-  float farPlane = 4096;                       ///< world units
+  std::optional<float> farPlane;               ///< world units
   std::optional<int> frames;                   ///< of a flight
   std::optional<int> every;                    ///< frames from one picture to the next
   std::int32_t width = 1024, height = 768;

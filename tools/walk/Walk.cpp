@@ -10,7 +10,9 @@
 
 #include <Quasarlens3D/Quasarlens3D.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -42,8 +44,9 @@ class Session {
   Session(const Options& options, const LevelPlace& place) {
     if (!options.window || options.fixedStep) internals_.SetClock([time = time_] { return *time; });
     // Before there is a device the field of view is kept for it; the picture's proportions are then its own.
-    constexpr float kEngineFieldOfView = 89.99734f;
-    scene_.SetViewFrustum(options.fieldOfView.value_or(kEngineFieldOfView), options.farPlane);
+    constexpr float kEngineFieldOfView = 89.99734f, kEngineFarPlane = 4096, kFarthest = 100'000;
+    const float farPlane = std::clamp(levelDiagonal(place.file), kEngineFarPlane, kFarthest);
+    scene_.SetViewFrustum(options.fieldOfView.value_or(kEngineFieldOfView), options.farPlane.value_or(farPlane));
     startDevice(options);
     std::string base = place.base.string();
     engine_.SetSearchDirectory(base);
