@@ -119,6 +119,17 @@ void smallTriangles(Renderer& r) {
   for (const auto& sheet : sheets) r.draw(sheet);
 }
 
+// 4096 draws of two triangles, each under a state of its own, as a scene of many faces makes them.
+void drawCalls(Renderer& r) {
+  for (int i = 0; i < 4096; ++i) {
+    const float x = static_cast<float>(i % 64) / 32 - 1, y = 1 - static_cast<float>(i / 64) / 32, side = 1.0f / 32;
+    const auto corner = [&](float u, float v) { return Vertex{x + u * side, y - v * side, 0.5f, 0xFFFFFFFF, 0, u, v}; };
+    r.state.render.alphaRef = static_cast<std::uint32_t>(i) & 0xFF;
+    ++r.version;
+    r.draw({corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 0), corner(1, 1), corner(0, 1)});
+  }
+}
+
 struct Scene {
   const char* name;
   void (*state)(device::State&);
@@ -182,6 +193,7 @@ const Scene kScenes[] = {
      },
      [](Renderer& r) { opaque(r); }, kFill, 0},
     {"small_triangles", [](device::State&) {}, smallTriangles, 0, 31.0 * 128 * 128 * 2},
+    {"draw_calls", [](device::State&) {}, drawCalls, 0, 4096 * 2},
 };
 
 std::vector<std::byte> picture(const Scene& scene, unsigned threads) {

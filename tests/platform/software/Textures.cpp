@@ -209,6 +209,51 @@ TEST(Textures, LevelsOfDetail) {
   }
 }
 
+// The level across a floor against the footprint of each pixel's ray.
+TEST(Textures, LevelsFollowPerspective) {
+  constexpr int kWidth = 160, kHeight = 120;
+  Scene scene(kWidth, kHeight);
+  const auto id = scene.backEnd->createTexture({256, 128, 9, Format::A8R8G8B8, false});
+  for (std::uint32_t i = 0; i < 9; ++i) {
+    const std::vector<std::uint32_t> level(std::size_t{256u >> i} * std::max(128u >> i, 1u), i * 28);
+    scene.backEnd->uploadTexture(id, i, std::as_bytes(std::span(level)));
+  }
+  scene.textures[0] = id;
+  scene.replaceByTexture();
+  scene.state.stages[0].mipFilter = 2;
+  scene.state.projection = math::perspective(1, 0.75f, 0.1f, 500);
+  scene.state.view = math::multiply(math::translation(0, -2, 0), math::rotationX(-0.3f));
+  const float side = 200;
+  scene.draw(PrimitiveType::TriangleFan, std::vector<LitVertex>{{-side, 0, -side, 0, 0, 0, 0},
+                                                                {-side, 0, side, 0, 0, 0, 100},
+                                                                {side, 0, side, 0, 0, 100, 100},
+                                                                {side, 0, -side, 0, 0, 100, 0}});
+  const auto pixels = scene.pixels();
+  const math::Mat4 back = math::inverse(scene.state.view);
+  // Texel coordinates of level 0 where the ray through a point of the screen meets the floor.
+  const auto texelAt = [&](double x, double y) {
+    const double sx = (2 * x / kWidth - 1) / scene.state.projection.m11,
+                 sy = (1 - 2 * y / kHeight) / scene.state.projection.m22;
+    const double dx = sx * back.m11 + sy * back.m21 + back.m31, dy = sx * back.m12 + sy * back.m22 + back.m32;
+    const double dz = sx * back.m13 + sy * back.m23 + back.m33, t = -back.m42 / dy;
+    return std::pair{(back.m41 + dx * t) / 4 * 256, (back.m43 + dz * t) / 4 * 128};
+  };
+  int checked = 0;
+  for (int y = 2; y < kHeight; y += 4)
+    for (int x = 2; x < kWidth; x += 4) {
+      if (pixels[static_cast<std::size_t>(y * kWidth + x)] == 0 || y < 40) continue;
+      const double cx = x - 0.5, cy = y - 0.5, h = 0.01;  // the centre of the 4 x 4 pixels
+      const auto [u0, v0] = texelAt(cx, cy);
+      const auto [ux, vx] = texelAt(cx + h, cy);
+      const auto [uy, vy] = texelAt(cx, cy + h);
+      const double rho = std::max(std::hypot(ux - u0, vx - v0), std::hypot(uy - u0, vy - v0)) / h;
+      const double level = std::clamp(std::log2(rho), 0.0, 8.0);
+      ASSERT_NEAR(pixels[static_cast<std::size_t>(y * kWidth + x)] / 28.0, level, 0.15) << x << ", " << y;
+      ++checked;
+    }
+  EXPECT_GT(checked, 300);
+}
+
 TEST(Textures, MinAndMagFilterApplyOnTheirSide) {
   for (const double texelsPerPixel : {0.25, 4.0}) {
     Scene scene(16, 16);
