@@ -11,7 +11,7 @@ struct LightingOptions {
   int subSamples = 4;   ///< per lightmap sample: 1 or 4
   int sunRays = 4;      ///< per sub-sample
   int lampRays = 2;     ///< per sub-sample and lamp
-  int gatherRays = 32;  ///< per lightmap sample
+  int gatherRays = 96;  ///< per lightmap sample
   int bounces = 3;
   unsigned threads = 1;
 };

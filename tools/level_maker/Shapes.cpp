@@ -312,7 +312,8 @@ void measurePatch(Patch& patch, const Material& material) {
   // Whole repeats across, so that closed shapes have no seam.
   const double repeatsAcross =
       material.mapping == Mapping::Fit ? 1.0 : std::max(1.0, std::floor(across.back() / material.width + 0.5));
-  const double repeatsAlong = material.mapping == Mapping::World ? along.back() / material.height : 1.0;
+  double repeatsAlong = material.mapping == Mapping::World ? along.back() / material.height : 1.0;
+  if (repeatsAlong > 2.0) repeatsAlong = std::floor(repeatsAlong + 0.5);  // no cut figures at the ends
   const bool rowsRise = patch.at(0, patch.height - 1).position.z > patch.at(0, 0).position.z + 0.01;
   for (int r = 0; r < patch.height; ++r)
     for (int c = 0; c < patch.width; ++c) {

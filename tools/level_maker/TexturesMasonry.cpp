@@ -176,9 +176,17 @@ Paint marble(double x, double y) {
   const double vein = std::fabs(noise(x + 0.12 * warp, y + 0.2 * warp, 4, 113));
   const double fine = std::fabs(noise(x + 0.1 * warp, y, 9, 115));
   Vec3 c = Vec3{0.88, 0.84, 0.78} * (1.0 + 0.08 * warp);
-  c = mix(c, {0.62, 0.57, 0.53}, 0.65 * (1.0 - smoothStep(0.0, 0.10, vein)));
-  c = mix(c, {0.74, 0.66, 0.56}, 0.4 * (1.0 - smoothStep(0.0, 0.06, fine)));
+  c = mix(c, {0.66, 0.61, 0.56}, 0.5 * (1.0 - smoothStep(0.0, 0.07, vein)));
+  c = mix(c, {0.78, 0.71, 0.62}, 0.35 * (1.0 - smoothStep(0.0, 0.06, fine)));
   return {c, 0.0};
+}
+
+Paint limestone(double x, double y) {
+  const double cloud = layeredNoise(x, y, 3, 4, 171);
+  const double grain = layeredNoise(x, y, 24, 4, 173);
+  const double pit = smoothStep(0.40, 0.62, layeredNoise(x, y, 18, 3, 175));
+  const Vec3 c = mix(Vec3{0.86, 0.79, 0.67}, Vec3{0.78, 0.70, 0.57}, 0.5 + 0.6 * cloud) * (1.0 + 0.09 * grain);
+  return {mix(c, c * 0.72, pit * 0.5), 0.2 * grain - 0.3 * pit};
 }
 
 Paint marbleGreen(double x, double y) {
@@ -222,6 +230,7 @@ std::vector<TextureRecipe> masonryRecipes() {
       {"tile_aqua", 256, Jpeg, 0.3, tileAqua},
       {"tile_band", 256, Jpeg, 0.3, tileBand},
       {"marble", 256, Jpeg, 0.0, marble},
+      {"limestone", 256, Jpeg, 0.5, limestone},
       {"marble_green", 256, Jpeg, 0.0, marbleGreen},
       {"roof", 256, Jpeg, 0.35, roofTiles},
   };
