@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
     const Vec3 start = tree.GetStartPlayerPosition();
     constexpr float kEyeHeight = 26;
     Camera8 camera;
-    camera.SetCamera(start.x, start.y + kEyeHeight, start.z, start.x, start.y + kEyeHeight, start.z + 1);
+    camera.SetCamera(start.x, start.y + kEyeHeight, start.z, start.x, start.y + kEyeHeight, start.z - 1);
 
     // Culling takes the planes of the frame before: after a jump of the camera one frame is drawn without the level.
     engine.Clear();

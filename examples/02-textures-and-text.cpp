@@ -35,15 +35,14 @@ int main(int argc, char** argv) {
     engine.RenderToScreen();
     engine.ScreenShot(source);
 
-    // The size in use is written back; white becomes transparent; the second load has a size of its own.
+    // The size in use is written back; white becomes transparent. Loading the same file again would replace it.
     TextureFactory8 factory;
     std::int32_t width = -1, height = -1;
     Texture8 keyed = factory.LoadTexture(source, "Label", width, height, QL_COLORKEY_WHITE);
-    Texture8 small = scene.LoadTexture(source, 64, 64, "Small");
+    const std::string saved = (picture.parent_path() / (picture.stem().string() + "-saved.bmp")).string();
+    globals.SaveTexture(internals.GetTexture(globals.GetTex("label")), saved);
+    Texture8 small = scene.LoadTexture(saved, 64, 64, "Small");
     Texture8 missing = factory.LoadTexture("no-such-file.png");  // logged; draws untextured
-    const TextureObject pixels = internals.GetTexture(globals.GetTex("small"));
-    const std::string saved = (picture.parent_path() / (picture.stem().string() + "-small.bmp")).string();
-    globals.SaveTexture(pixels, saved);
 
     scene.SetSceneBackGround(0.1f, 0.15f, 0.25f);
     engine.Clear();

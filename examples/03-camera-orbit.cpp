@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
     const std::filesystem::path picture = std::filesystem::absolute(out);
     Quasarlens8 engine;
 
-    // 20 milliseconds a frame, however long it takes: every run gives the same pictures.
+    // 50 milliseconds a frame, however long it takes: every run gives the same pictures.
     std::uint32_t now = 10'000;
     InternalObjects8 internals;
     internals.SetClock([&now] { return now; });
@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     Camera8 camera;
     camera.SetCamera(start.x, start.y + 26, start.z, start.x, start.y + 26, start.z + 1);
 
-    constexpr int kFramesPerTurn = 200;
+    constexpr int kFramesPerTurn = 80;
     for (int frame = 0; frame < kFramesPerTurn; ++frame) {
       engine.Clear();
       tree.Render();
@@ -52,7 +52,7 @@ int main(int argc, char** argv) {
         std::cout << "wrote " << name << ", " << internals.GetFrameStatistics().faces << " faces\n";
       }
       camera.RotateCameraY(-90);  // degrees per second of the engine's time
-      now += 20;
+      now += 50;
     }
   } catch (const Error& error) {
     std::cerr << "error " << error.Number() << ": " << error.what() << "\n";

@@ -49,7 +49,7 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   app.add_option("--far", options.farPlane, "distance of the far plane; default: 4096, more for a larger level")
       ->type_name("UNITS")
       ->check(CLI::Range(2.0, 1e6));
-  app.add_option("--frames", options.frames, "frames of the flight; default: 480 (with --window: until closed)")
+  app.add_option("--frames", options.frames, "frames of the flight; default: 120 (with --window: until closed)")
       ->type_name("N")
       ->check(CLI::Range(1, kMostFrames));
   app.add_option("--every", options.every, "one picture in N frames of the flight; default: 24 in all")

@@ -28,7 +28,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kDefaultFrames = 480, kDefaultPictures = 24;
+constexpr int kDefaultFrames = 120, kDefaultPictures = 24;
 constexpr int kDefaultStep = 16;            // milliseconds
 constexpr std::uint32_t kPastCache = 2001;  // milliseconds after which the level takes its visible set anew
 constexpr double kWindowSpeed = 160;        // world units per second
