@@ -84,5 +84,19 @@ TEST_F(Walk, ADamagedLevelIsLoggedAndTheEngineGoesOn) {
   EXPECT_EQ(internals.GetFrameStatistics().faces, 4u);
 }
 
+/// The demo level as its host sees it: its own textures, curves at full precision.
+class DemoLevel : public Walk {};
+TEST_F(DemoLevel, LooksAsItDid) {
+  const std::filesystem::path assets = QL_ASSETS_DIR;
+  if (!std::filesystem::exists(assets / "maps/court.bsp")) GTEST_SKIP() << "skipped: no demo level";
+  Scene8().SetViewFrustum(74, 8192);
+  start(320, 240);
+  engine.SetSearchDirectory(assets.string());
+  level.SetCurvePrecision(QL_CURVE_HIGH);
+  level.Load("maps/court.bsp");
+  EXPECT_TRUE(matchesGolden(draw({190, 78, 430}, {-150, 140, -300}), "court-pool"));
+  EXPECT_TRUE(matchesGolden(draw({0, 120, -660}, {0, 260, -1184}), "court-hall"));
+}
+
 }  // namespace
 }  // namespace ql::test
