@@ -261,13 +261,16 @@ TEST(Pixels, FogFromRangeAndFromSpecularAlpha) {
     const double mixed = 1 - (f[0] + (f[1] - f[0]) * 0 + (f[2] - f[0]) * 0) / 10;
     EXPECT_NEAR(static_cast<double>(scene.pixel(0, 0) & 255), std::clamp(mixed, 0.0, 1.0) * 255, 1.5) << range;
   }
-  for (const std::uint32_t alpha : {0u, 100u, 255u}) {
-    Scene scene(4, 4);
-    scene.state.render.fogEnable = 1;
-    scene.state.render.fogColor = 0xFF0000;
-    scene.fill(0xFF0000FF, 0.5f, alpha << 24);
-    EXPECT_EQ(scene.pixel(1, 1), 0xFF000000 | (255 - alpha) << 16 | alpha);
-  }
+  // Vertices on the screen bring their factor, whatever the vertex mode.
+  for (const std::uint32_t mode : {0u, 3u})
+    for (const std::uint32_t alpha : {0u, 100u, 255u}) {
+      Scene scene(4, 4);
+      scene.state.render.fogEnable = 1;
+      scene.state.render.fogVertexMode = mode;
+      scene.state.render.fogColor = 0xFF0000;
+      scene.fill(0xFF0000FF, 0.5f, alpha << 24);
+      EXPECT_EQ(scene.pixel(1, 1), 0xFF000000 | (255 - alpha) << 16 | alpha);
+    }
 }
 
 TEST(Pixels, SpecularIsAddedOnDemand) {
@@ -285,16 +288,44 @@ TEST(Pixels, ShadingInterpolatesOrTakesTheFirstColour) {
     Scene scene(64, 64);
     scene.state.render.shadeMode = flat ? 1 : 2;
     scene.draw(PrimitiveType::TriangleList,
-               std::vector<ScreenVertex>{at(0, 0, 0xFFFF0000, 1), at(64, 0, 0x8000FF00, 4), at(0, 64, 0x000000FF, 2)});
+               std::vector<ScreenVertex>{at(0, 0, 0xC0804020, 4), at(64, 0, 0x8000FF00, 1), at(0, 64, 0x00FF00FF, 2)});
     const auto pixels = scene.pixels();
+    const Color colors[] = {unpacked(0xC0804020), unpacked(0x8000FF00), unpacked(0x00FF00FF)};
     for (int y = 0; y < 64; ++y)
       for (int x = 0; x + y < 64; ++x) {
         // Barycentric coordinates on the screen, weighted by 1 / w.
-        const double b = x / 64.0 / 4, c = y / 64.0 / 2, a = 1 - x / 64.0 - y / 64.0, sum = a + b + c;
-        const Color expected{a / sum, b / sum, c / sum, (a + b * 128 / 255) / sum};
-        const std::uint32_t wanted = flat ? 0xFFFF0000 : packed(expected);
+        const double b = x / 64.0, c = y / 64.0 / 2, a = (1 - x / 64.0 - y / 64.0) / 4, sum = a + b + c;
+        Color expected;
+        for (std::size_t i = 0; i < 4; ++i)
+          expected[i] = (a * colors[0][i] + b * colors[1][i] + c * colors[2][i]) / sum;
+        const std::uint32_t wanted = flat ? 0xC0804020 : packed(expected);
         ASSERT_LE(difference(pixels[static_cast<std::size_t>(y * 64 + x)], wanted), flat ? 0 : 1) << x << ", " << y;
       }
+  }
+}
+
+// The first vertex's colour also where that vertex was cut off, and on lines; the second's in fans.
+TEST(Pixels, FlatColourSurvivesClipping) {
+  struct Case {
+    const char* name;
+    PrimitiveType type;
+    std::vector<LitVertex> vertices;
+    std::uint32_t expected;
+  };
+  const LitVertex behind{0, 1, -5, 0xFF112233}, left{-60, -9, 20, 0xFF445566}, right{60, -9, 20, 0xFF778899};
+  const Case cases[] = {
+      {"triangle", PrimitiveType::TriangleList, {behind, left, right}, 0xFF112233},
+      {"turned", PrimitiveType::TriangleList, {left, right, behind}, 0xFF445566},
+      {"fan", PrimitiveType::TriangleFan, {left, behind, right}, 0xFF112233},
+      {"line", PrimitiveType::LineList, {{0, 0, -5, 0xFF112233}, {0, -9, 20, 0xFF445566}}, 0xFF112233}};
+  for (const Case& c : cases) {
+    Scene scene(32, 32);
+    scene.state.projection = math::perspective(1, 1, 0.5f, 100);
+    scene.state.render.shadeMode = 1;
+    scene.draw(c.type, c.vertices);
+    const auto pixels = scene.pixels();
+    EXPECT_THAT(pixels, testing::Contains(c.expected)) << c.name;
+    EXPECT_THAT(pixels, testing::Each(testing::AnyOf(0u, c.expected))) << c.name;
   }
 }
 

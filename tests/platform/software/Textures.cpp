@@ -222,7 +222,8 @@ TEST(Textures, LevelsFollowPerspective) {
   scene.replaceByTexture();
   scene.state.stages[0].mipFilter = 2;
   scene.state.projection = math::perspective(1, 0.75f, 0.1f, 500);
-  scene.state.view = math::multiply(math::translation(0, -2, 0), math::rotationX(-0.3f));
+  scene.state.view =
+      math::multiply(math::multiply(math::translation(0, -2, 0), math::rotationX(-0.5f)), math::rotationZ(0.4f));
   const float side = 200;
   scene.draw(PrimitiveType::TriangleFan, std::vector<LitVertex>{{-side, 0, -side, 0, 0, 0, 0},
                                                                 {-side, 0, side, 0, 0, 0, 100},
@@ -251,11 +252,11 @@ TEST(Textures, LevelsFollowPerspective) {
       ASSERT_NEAR(pixels[static_cast<std::size_t>(y * kWidth + x)] / 28.0, level, 0.15) << x << ", " << y;
       ++checked;
     }
-  EXPECT_GT(checked, 300);
+  EXPECT_GT(checked, 200);
 }
 
 TEST(Textures, MinAndMagFilterApplyOnTheirSide) {
-  for (const double texelsPerPixel : {0.25, 4.0}) {
+  for (const double texelsPerPixel : {0.75, 1.5}) {
     Scene scene(16, 16);
     scene.textures[0] = scene.texture(2, 1, {0x00000000, 0xFFFFFFFF});
     scene.replaceByTexture();
