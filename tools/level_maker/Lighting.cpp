@@ -3,6 +3,8 @@
 #include "Numbers.h"
 #include "Parallel.h"
 
+#include <cstdlib>
+
 namespace ql::maker {
 namespace {
 
@@ -75,10 +77,15 @@ class ChartLight {
     ends_.assign(centres_.size() * static_cast<std::size_t>(count), kNoLight);
     materials_.assign(ends_.size(), 0);
     sky_.assign(centres_.size(), {});
+    gathered_ = valid_;
+    // Indirect light is smooth: on larger charts every other sample is enough, like the black squares of a chess board.
+    const bool sparse = b.width >= 8 && b.height >= 8;
     for (int y = 0; y < b.height; ++y)
       for (int x = 0; x < b.width; ++x) {
         const auto i = static_cast<std::size_t>(y * b.width + x);
-        if (!valid_[i]) continue;
+        if (sparse && (x + y) % 2 != 0 && ((x > 0 && valid_[i - 1]) || (x + 1 < b.width && valid_[i + 1])))
+          gathered_[i] = false;
+        if (!gathered_[i]) continue;
         const Point& p = centres_[i];
         const Vec3 helper = std::fabs(p.normal.z) > 0.9 ? Vec3{1, 0, 0} : Vec3{0, 0, 1};
         const Vec3 u = normalized(cross(helper, p.normal));
@@ -120,7 +127,7 @@ class ChartLight {
     const int count = options_.gatherRays;
     std::vector<Vec3> raw(centres_.size());
     for (std::size_t i = 0; i < raw.size(); ++i) {
-      if (!valid_[i]) continue;
+      if (!gathered_[i]) continue;
       Vec3 sum;
       for (int k = 0; k < count; ++k) {
         const std::size_t at = i * static_cast<std::size_t>(count) + static_cast<std::size_t>(k);
@@ -128,18 +135,19 @@ class ChartLight {
       }
       raw[i] = sum * (1.0 / count) + sky_[i];
     }
-    constexpr std::array<double, 5> kWeights{0.5, 1, 1, 1, 0.5};
+    // An average over one or two repeats of the direction sets' 4 x 4 pattern.
+    const int reach = b.width >= 32 && b.height >= 20 ? 4 : 2;
+    const auto weightOf = [&](int offset) { return std::abs(offset) == reach ? 0.5 : 1.0; };
     for (int y = 0; y < b.height; ++y)
       for (int x = 0; x < b.width; ++x) {
         if (!valid_[static_cast<std::size_t>(y * b.width + x)]) continue;
         Vec3 sum;
         double weights = 0.0;
-        for (int dy = -2; dy <= 2; ++dy)
-          for (int dx = -2; dx <= 2; ++dx) {
-            if (x + dx < 0 || y + dy < 0 || x + dx >= b.width || y + dy >= b.height) continue;
-            const auto j = static_cast<std::size_t>((y + dy) * b.width + x + dx);
-            if (!valid_[j]) continue;
-            const double w = kWeights[static_cast<std::size_t>(dx + 2)] * kWeights[static_cast<std::size_t>(dy + 2)];
+        for (int ny = std::max(0, y - reach); ny <= std::min(b.height - 1, y + reach); ++ny)
+          for (int nx = std::max(0, x - reach); nx <= std::min(b.width - 1, x + reach); ++nx) {
+            const auto j = static_cast<std::size_t>(ny * b.width + nx);
+            if (!gathered_[j]) continue;
+            const double w = weightOf(nx - x) * weightOf(ny - y);
             sum += raw[j] * w;
             weights += w;
           }
@@ -251,7 +259,8 @@ class ChartLight {
   std::uint32_t seed_;
   std::vector<const Brush*> near_;
   std::vector<Point> centres_;
-  std::vector<bool> valid_;
+  std::vector<bool> valid_;     // lies on the surface and in the open
+  std::vector<bool> gathered_;  // has rays of its own for indirect light
   std::vector<std::uint32_t> ends_;
   std::vector<std::uint16_t> materials_;
   std::vector<Vec3> sky_;
