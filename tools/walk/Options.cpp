@@ -28,7 +28,7 @@ void parseSize(const std::string& text, Options& options) {
 
 std::optional<Options> parseOptions(int argc, char** argv) {
   Options options;
-  std::string size, device = "auto";
+  std::string size, device = "auto", curves = "normal";
   bool quiet = false, verbose = false;
   CLI::App app(
       "Walks through a level and writes pictures, a contact sheet and timings.\n"
@@ -60,6 +60,10 @@ std::optional<Options> parseOptions(int argc, char** argv) {
       ->type_name("KIND")
       ->capture_default_str()
       ->check(CLI::IsMember({"hal", "ref", "auto"}));
+  app.add_option("--curves", curves, "precision of curved surfaces: low, normal or high")
+      ->type_name("KIND")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"low", "normal", "high"}));
   app.add_flag("--no-pvs", options.noPvs, "draw the whole level, not what the camera may see");
   app.add_option("--fixed-step", options.fixedStep,
                  "engine time of a frame, milliseconds; default: 16 (with --window: real time)")
@@ -83,6 +87,7 @@ std::optional<Options> parseOptions(int argc, char** argv) {
     throw Failure(ExitCode::Usage, error.what());
   }
   if (device != "auto") options.device = device == "hal" ? DeviceChoice::Hardware : DeviceChoice::Reference;
+  options.curves = curves == "low" ? 0 : curves == "normal" ? 1 : 2;
   if (!size.empty()) parseSize(size, options);
   if (options.window && options.poses) throw Failure(ExitCode::Usage, "--window shows a flight: --poses excludes it");
   options.talk = quiet ? Talk::Quiet : verbose ? Talk::Verbose : Talk::Normal;

@@ -22,6 +22,7 @@ struct Options {
   std::optional<int> every;                    ///< frames from one picture to the next
   std::int32_t width = 1024, height = 768;
   DeviceChoice device = DeviceChoice::Auto;
+  std::int32_t curves = 1;  ///< precision of curved surfaces, 0 to 2
   bool noPvs = false;
   std::optional<int> fixedStep;  ///< milliseconds of engine time from frame to frame
   std::filesystem::path out = "out/walk";

@@ -51,7 +51,7 @@ class Session {
     std::string base = place.base.string();
     engine_.SetSearchDirectory(base);
     level_.SetParameters(ql::True, options.noPvs ? ql::False : ql::True);
-    level_.SetCurvePrecision(ql::QL_CURVE_HIGH);
+    level_.SetCurvePrecision(options.curves);
     engine_.Console(ql::False);
     const Clock::time_point start = Clock::now();
     level_.Load(place.name);
