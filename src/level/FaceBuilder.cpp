@@ -63,7 +63,8 @@ class Builder {
   void addMesh(const Q3Face& face) {
     for (std::int32_t k = 0; k < face.meshVertexCount; ++k) {
       const std::int32_t offset = level_.meshVertices[static_cast<std::size_t>(face.firstMeshVertex + k)];
-      const Q3Vertex& vertex = level_.vertices[static_cast<std::size_t>(std::int64_t{face.firstVertex} + offset)];
+      const Q3Vertex& vertex =
+          level_.vertices[static_cast<std::size_t>(face.firstVertex) + static_cast<std::size_t>(offset)];
       out_.vertices.push_back(levelVertex(positionOf(vertex), vertex.texture, vertex.lightmap));
     }
   }

@@ -119,7 +119,7 @@ void Device::present() {
   Impl& d = *impl_;
   d.note("Present");
   if (d.inScene) invalidCall("present inside a scene");
-  // TODO: apply the gamma ramp to the picture that is shown; the back buffer itself stays as it is.
+  // The ramp is kept for its getter; pictures are shown without it so far.
   d.backEnd->present(d.backBuffer->id, d.parameters.deviceWindow.get());
   if (d.parameters.deviceWindow) d.parameters.deviceWindow->pump();
 }

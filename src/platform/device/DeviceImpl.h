@@ -58,6 +58,7 @@ struct Device::Impl {
   template <class T>
   requires std::is_trivially_copyable_v<T>
   void change(T& place, const T& value) {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): any other bits are another state
     if (std::memcmp(&place, &value, sizeof(T)) == 0) return;
     place = value;
     ++stateVersion;

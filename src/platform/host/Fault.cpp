@@ -39,7 +39,7 @@ std::string textOf(Fault id, const std::string& what, std::uint64_t offset, std:
 
 }  // namespace
 
-FileFault::FileFault(Fault faultId, std::string what, std::uint64_t at, std::uint64_t gotValue,
+FileFault::FileFault(Fault faultId, const std::string& what, std::uint64_t at, std::uint64_t gotValue,
                      std::uint64_t limitValue)
     : id(faultId),
       offset(at),

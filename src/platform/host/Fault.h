@@ -28,7 +28,8 @@ class FileFault : public std::exception {
  public:
   /// @param what a short name of the damaged thing ("node child", "vertex lump")
   /// @param offset position in the file, bytes @param got,limit the numbers that disagree
-  FileFault(Fault id, std::string what, std::uint64_t offset = 0, std::uint64_t got = 0, std::uint64_t limit = 0);
+  FileFault(Fault id, const std::string& what, std::uint64_t offset = 0, std::uint64_t got = 0,
+            std::uint64_t limit = 0);
   const char* what() const noexcept override { return text_.c_str(); }
 
   Fault id;

@@ -33,7 +33,7 @@ void GlyphAtlas::trim() {
   addPage(usualSide_);
   Page& page = pages_.front();
   for (std::uint32_t y = 0; y < kWhiteSide; ++y)
-    std::fill_n(page.pixels.begin() + static_cast<std::ptrdiff_t>(y * page.side), kWhiteSide, 0xFFFFFFFF);
+    std::fill_n(page.pixels.begin() + std::ptrdiff_t{y} * page.side, kWhiteSide, 0xFFFFFFFF);
   page.x = kWhiteSide + kGap;
   page.rowHeight = kWhiteSide;
 }
