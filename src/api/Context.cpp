@@ -2,6 +2,7 @@
 
 #include "api/Objects.h"
 #include "engine/Engine.h"
+#include "platform/opengl/OpenGLBackEnd.h"
 #include "platform/software/SoftwareBackEnd.h"
 #include "platform/window/OpenDisplay.h"
 #include "render/Subsystems.h"
@@ -28,6 +29,7 @@ engine::Platform machine() {
   if (!self.display) self.display = window::openDisplay();
   engine::Platform platform;
   platform.display = self.display;
+  platform.backEnds[device::DeviceType::Hardware] = opengl::createBackEnd;
   platform.backEnds[device::DeviceType::Reference] = [](const device::PresentParameters&) {
     return std::shared_ptr<device::BackEnd>(software::createBackEnd());
   };

@@ -12,6 +12,7 @@
 #include <initializer_list>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace ql::test {
@@ -39,7 +40,10 @@ class Scene {
  public:
   Scene(std::uint32_t width, std::uint32_t height, device::Format format = device::Format::A8R8G8B8,
         unsigned threads = 2)
-      : backEnd(software::createBackEnd({threads})), width_(width), height_(height), format_(format) {
+      : Scene(software::createBackEnd({threads}), width, height, format) {}
+  Scene(std::shared_ptr<device::BackEnd> drawsWith, std::uint32_t width, std::uint32_t height,
+        device::Format format = device::Format::A8R8G8B8)
+      : backEnd(std::move(drawsWith)), width_(width), height_(height), format_(format) {
     target = backEnd->createTarget(width, height, format);
     state.viewport = {0, 0, static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), 0, 1};
     state.render.lighting = 0;
@@ -47,7 +51,7 @@ class Scene {
     clear(0);
   }
 
-  std::unique_ptr<device::BackEnd> backEnd;
+  std::shared_ptr<device::BackEnd> backEnd;
   device::State state;
   device::TargetId target{};
   std::array<device::TextureId, device::kStages> textures{};
