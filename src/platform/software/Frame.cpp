@@ -132,12 +132,8 @@ void Frame::drawTile(const Target::Rows& rows, Target& target, std::int32_t inde
       std::any_of(clears_.begin(), clears_.end(), [&](const Clear& c) { return !intersect(c.box, tile.area).empty(); });
   const auto jobsEnd = jobs_.begin() + static_cast<std::ptrdiff_t>(jobCount_);
   if (!cleared && std::none_of(jobs_.begin(), jobsEnd, touches)) return;
-  // A clear of the whole tile before anything else makes its old colours needless.
-  const bool fresh = !clears_.empty() && clears_[0].first == 0 && clears_[0].color &&
-                     intersect(clears_[0].box, tile.area).left == tile.area.left &&
-                     intersect(clears_[0].box, tile.area).top == tile.area.top &&
-                     intersect(clears_[0].box, tile.area).right == tile.area.right &&
-                     intersect(clears_[0].box, tile.area).bottom == tile.area.bottom;
+  // When the first clear takes the whole tile, nothing before it shows.
+  const bool fresh = !clears_.empty() && clears_[0].color && intersect(clears_[0].box, tile.area) == tile.area;
   if (!fresh) loadColor(tile, rows);
   std::size_t draw = 0, clear = 0;
   for (std::size_t i = 0; i < jobCount_; ++i) drawJob(jobs_[i], index, tile, draw, clear);

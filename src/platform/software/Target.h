@@ -22,6 +22,7 @@ inline float depthOf(float z) { return (z > 0 ? (z < 1 ? z : 1.0f) : 0.0f) * sta
 struct Box {
   std::int32_t left = 0, top = 0, right = 0, bottom = 0;
   bool empty() const { return left >= right || top >= bottom; }
+  bool operator==(const Box&) const = default;
 };
 Box intersect(const Box& a, const Box& b);
 

@@ -33,8 +33,7 @@ void storeColor(const Tile& tile, const Target::Rows& rows) {
 void clearTile(Tile& tile, const Clear& clear) {
   const Box box = intersect(clear.box, tile.area);
   if (box.empty()) return;
-  const bool whole = box.left == tile.area.left && box.top == tile.area.top && box.right == tile.area.right &&
-                     box.bottom == tile.area.bottom;
+  const bool whole = box == tile.area;
   TileDepth& depth = *tile.depth;
   if (whole) {
     if (clear.color) tile.color.fill(clear.argb);
