@@ -83,6 +83,9 @@ class QUASARLENS3D_API SurfaceObject : public Detail::Handle<Detail::SurfaceHand
   /// All pixels, rows from the top, each packed 0xAARRGGBB whatever the format (255 for a missing alpha). Reading the
   /// back buffer waits until what was drawn is finished. @throws Error 91 for nothing, or with the device's code
   std::vector<std::uint32_t> ReadPixels() const;
+  /// Waits until what was drawn is finished, for those who measure time: a device may work on after RenderToScreen.
+  /// @throws Error 91 for nothing, or with the device's code
+  void Wait() const;
 
  private:
   friend struct Detail::Access;

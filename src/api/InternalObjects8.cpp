@@ -48,6 +48,10 @@ std::vector<std::uint32_t> SurfaceObject::ReadPixels() const {
   return call(*this, [](SurfaceHandleObject& self) { return api::readPixels(*self.surface); });
 }
 
+void SurfaceObject::Wait() const {
+  call(*this, [](SurfaceHandleObject& self) { (void)self.surface->read({0, 0, 1, 1}); });
+}
+
 InternalObjects8::InternalObjects8() : Handle(api::create<InternalsObject>()) {}
 InternalObjects8::InternalObjects8(std::nullptr_t) noexcept : Handle(nullptr) {}
 

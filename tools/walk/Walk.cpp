@@ -65,6 +65,7 @@ class Session {
     engine_.Clear();
     level_.Render();
     engine_.RenderToScreen();
+    internals_.GetBackbuffer().Wait();
     const double ms = millisecondsSince(start);
     const ql::FrameStatistics statistics = internals_.GetFrameStatistics();
     report.frames.push_back({ms, statistics.faces, statistics.triangles, statistics.drawCalls});
