@@ -140,7 +140,18 @@ void fogUniforms(const device::RenderStates& r, DrawUniforms& u) {
   u.fog = {start, span != 0 ? 1.0f / span : 0.0f, end, floatOf(r.fogDensity)};
 }
 
-DrawUniforms uniformsOf(const device::DrawPacket& packet, const DrawState& draw) {
+// Pictures that are copied pixel by pixel meet the borders between texels exactly: half a 256th of a texel decides for
+// the one after the border, whatever the rounding of interpolated coordinates.
+void nudgeUniforms(const DrawState& draw, const DrawSurroundings& around, DrawUniforms& u) {
+  constexpr float kNudge = 1.0f / 512;
+  for (std::size_t i = 0; i < device::kStages; ++i) {
+    if (!draw.key.stages[i].samples || (draw.samplers[i].magLinear && draw.samplers[i].minLinear)) continue;
+    u.nudge[i * 2] = kNudge / static_cast<float>(around.textures[i].width);
+    u.nudge[i * 2 + 1] = kNudge / static_cast<float>(around.textures[i].height);
+  }
+}
+
+DrawUniforms uniformsOf(const device::DrawPacket& packet, const DrawState& draw, const DrawSurroundings& around) {
   const device::State& state = *packet.state;
   const device::RenderStates& r = state.render;
   const ShaderKey& key = draw.key;
@@ -168,6 +179,7 @@ DrawUniforms uniformsOf(const device::DrawPacket& packet, const DrawState& draw)
   }
   if (key.pointScale) u.scale = {floatOf(r.pointScaleA), floatOf(r.pointScaleB), floatOf(r.pointScaleC), 0};
   if (key.alphaFunction != 8) u.scale[3] = static_cast<float>(r.alphaRef & 0xFF);
+  nudgeUniforms(draw, around, u);
   u.counts[0] = static_cast<std::int32_t>(draw.lights.size());
   u.counts[1] =
       packet.primitive == device::PrimitiveType::LineStrip ? static_cast<std::int32_t>(packet.primitiveCount) - 1 : -1;
@@ -202,9 +214,9 @@ DrawState decode(const device::DrawPacket& packet, const DrawSurroundings& aroun
   out.fixed = fixedOf(state, out.key, around);
   out.draws = out.fixed.scissor[2] > 0 && out.fixed.scissor[3] > 0;
   if (out.key.lighting) out.lights = lightUniforms(state);
-  out.uniforms = uniformsOf(packet, out);
   for (std::size_t i = 0; i < device::kStages; ++i)
-    if (out.key.stages[i].samples) out.samplers[i] = samplerOf(state.stages[i], around.textureLevels[i]);
+    if (out.key.stages[i].samples) out.samplers[i] = samplerOf(state.stages[i], around.textures[i].levels);
+  out.uniforms = uniformsOf(packet, out, around);
   return out;
 }
 

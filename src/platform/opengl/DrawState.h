@@ -25,6 +25,7 @@ struct DrawUniforms {
   Float4 fog{};     ///< start, 1 / (end - start), end, density
   Float4 screen{};  ///< half width and height of the area that clip space spans, pixels; its first pixel
   Float4 point{};   ///< size, smallest, largest, height of the viewport
+  Float4 nudge{};   ///< added to the texture coordinates of both stages
   Float4 scale{};   ///< point scale A, B, C; the reference value of the alpha test, 0 to 255
   std::array<std::int32_t, 4> counts{};  ///< lights; number of the line that shows its last pixel (-1: every line)
   bool operator==(const DrawUniforms&) const = default;
@@ -80,7 +81,10 @@ struct DrawSurroundings {
   std::uint32_t targetWidth = 0, targetHeight = 0;
   device::Format targetFormat = device::Format::X8R8G8B8;
   std::array<bool, device::kStages> textured{};
-  std::array<std::uint32_t, device::kStages> textureLevels{1, 1};
+  struct TextureSize {
+    std::uint32_t width = 1, height = 1, levels = 1;
+  };
+  std::array<TextureSize, device::kStages> textures{};
 };
 
 DrawState decode(const device::DrawPacket& packet, const DrawSurroundings& around);

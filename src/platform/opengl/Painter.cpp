@@ -101,11 +101,11 @@ void Painter::apply(const DrawState& state, const Target& target,
 
 void Painter::begin(const device::DrawPacket& packet, const Source& source, const Target& target,
                     const std::array<Texture*, device::kStages>& textures) {
-  DrawSurroundings around{target.width(), target.height(), target.format(), {}, {1, 1}};
+  DrawSurroundings around{target.width(), target.height(), target.format(), {}, {}};
   for (std::size_t i = 0; i < device::kStages; ++i) {
     if (!textures[i]) continue;
     around.textured[i] = true;
-    around.textureLevels[i] = textures[i]->levels();
+    around.textures[i] = {textures[i]->width(0), textures[i]->height(0), textures[i]->levels()};
   }
   DrawState state = decode(packet, around);
   // Versions grow also when a state returns to what it was, and textures may be set that nothing reads.

@@ -42,6 +42,7 @@ layout(std140) uniform Draw {
   vec4 fog;            // start, 1 / (end - start), end, density
   vec4 area;           // half width, half height, left, top
   vec4 pointValues;    // size, smallest, largest, height of the viewport
+  vec4 nudge;          // added to the texture coordinates of both stages
   vec4 pointScale;     // A, B, C; the alpha test's reference
   ivec4 counts;        // lights, line that shows its last pixel
 };

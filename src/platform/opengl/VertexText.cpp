@@ -215,7 +215,7 @@ class VertexWriter {
     else if (stage.projected)
       text_ += out + "vec3(" + c + ".xy, " + c + "[" + std::to_string(stage.transformCount - 1) + "]);\n";
     else
-      text_ += out + c + ".xy;\n";
+      text_ += out + c + ".xy + nudge." + (index == 0 ? "xy" : "zw") + ";\n";
   }
   void pointSize() {
     text_ += key_.pointSize ? "  v_size = a_size;\n" : "  v_size = pointValues.x;\n";

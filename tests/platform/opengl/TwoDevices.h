@@ -31,8 +31,8 @@ inline std::shared_ptr<device::BackEnd> hardware() {
 
 /// How two pictures differ.
 struct Comparison {
-  int worstInside = 0;      ///< the largest difference of a channel where the reference is even around the pixel
-  std::size_t edges = 0;    ///< other pixels that differ by more than the limit
+  int worstInside = 0;    ///< the largest difference of a channel where the reference is even around the pixel
+  std::size_t edges = 0;  ///< other pixels that differ by more than the limit
   std::size_t pixels = 0;
   std::uint32_t x = 0, y = 0, reference = 0, hardware = 0;  ///< of the worst pixel inside
 };
