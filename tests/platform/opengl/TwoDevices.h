@@ -31,8 +31,9 @@ inline std::shared_ptr<device::BackEnd> hardware() {
 
 /// How two pictures differ.
 struct Comparison {
-  int worstInside = 0;    ///< the largest difference of a channel where the reference is even around the pixel
-  std::size_t edges = 0;  ///< other pixels that differ by more than the limit
+  int worstInside = 0;     ///< the largest difference of a channel where the reference is even around the pixel
+  std::size_t faults = 0;  ///< pixels there that differ by more than the limit
+  std::size_t edges = 0;   ///< other pixels that do
   std::size_t pixels = 0;
   std::uint32_t x = 0, y = 0, reference = 0, hardware = 0;  ///< of the worst pixel inside
 };
@@ -64,9 +65,8 @@ inline Comparison compare(const std::vector<std::uint32_t>& reference, const std
         const int value = static_cast<int>(b >> shift & 255);
         within &= value >= low - limit && value <= high + limit;
       }
-      if (within) {
-        ++out.edges;
-      } else if (apart > out.worstInside) {
+      within ? ++out.edges : ++out.faults;
+      if (!within && apart > out.worstInside) {
         out.worstInside = apart;
         out.x = x;
         out.y = y;
@@ -79,7 +79,8 @@ inline Comparison compare(const std::vector<std::uint32_t>& reference, const std
 
 inline std::ostream& operator<<(std::ostream& out, const Comparison& c) {
   return out << "worst " << c.worstInside << " at " << c.x << ", " << c.y << std::hex << ": reference " << c.reference
-             << ", hardware " << c.hardware << std::dec << "; " << c.edges << " of " << c.pixels << " on edges";
+             << ", hardware " << c.hardware << std::dec << "; " << c.faults << " inside and " << c.edges << " of "
+             << c.pixels << " on edges";
 }
 
 /// Draws a scene on both devices. @param limit of a channel's difference inside areas
