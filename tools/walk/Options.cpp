@@ -28,7 +28,7 @@ void parseSize(const std::string& text, Options& options) {
 
 std::optional<Options> parseOptions(int argc, char** argv) {
   Options options;
-  std::string size, device = "auto", curves = "normal";
+  std::string size, device, curves = "normal";
   bool quiet = false, verbose = false;
   CLI::App app(
       "Walks through a level and writes pictures, a contact sheet and timings.\n"
@@ -56,9 +56,10 @@ std::optional<Options> parseOptions(int argc, char** argv) {
       ->type_name("N")
       ->check(CLI::Range(1, kMostFrames));
   app.add_option("--size", size, "picture size; default: 1024x768")->type_name("WxH");
-  app.add_option("--device", device, "hal (hardware), ref (software) or auto (hardware when there is any)")
+  app.add_option("--device", device,
+                 "hal (hardware), ref (software) or auto (hardware when there is any);\n"
+                 "default: ref for pictures, which are then the same everywhere, auto for --window")
       ->type_name("KIND")
-      ->capture_default_str()
       ->check(CLI::IsMember({"hal", "ref", "auto"}));
   app.add_option("--curves", curves, "precision of curved surfaces: low, normal or high")
       ->type_name("KIND")
@@ -86,6 +87,7 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     throw Failure(ExitCode::Usage, error.what());
   }
+  if (device.empty()) device = options.window ? "auto" : "ref";
   if (device != "auto") options.device = device == "hal" ? DeviceChoice::Hardware : DeviceChoice::Reference;
   options.curves = curves == "low" ? 0 : curves == "normal" ? 1 : 2;
   if (!size.empty()) parseSize(size, options);
