@@ -103,7 +103,13 @@ class OpenGLBackEnd final : public device::BackEnd {
     ++statistics_.drawCalls;
     if (packet.primitive >= device::PrimitiveType::TriangleList) statistics_.triangles += packet.primitiveCount;
     if (packet.primitiveCount == 0) return;
+    const Kind kind{packet.target,       packet.stateVersion, packet.textures,          packet.buffer,
+                    packet.vertexFormat, packet.stride,       corners(packet.primitive)};
+    const bool goesOn =
+        gpu_->painter.waits() && kind == lastKind_ && packet.primitive != device::PrimitiveType::LineStrip;
+    if (goesOn && gpu_->painter.drawMore(packet)) return;
     const CurrentContext current(*context_, kKeep);
+    lastKind_ = repacks(packet) ? Kind{} : kind;
     std::array<Texture*, device::kStages> textures{};
     for (std::size_t i = 0; i < device::kStages; ++i)
       if (const auto at = gpu_->textures.find(packet.textures[i]); at != gpu_->textures.end())
@@ -159,6 +165,16 @@ class OpenGLBackEnd final : public device::BackEnd {
     Painter painter;
   };
 
+  /// Packets of one kind differ by their primitives alone.
+  struct Kind {
+    TargetId target{};
+    std::uint64_t stateVersion = 0;
+    std::array<TextureId, device::kStages> textures{};
+    BufferId buffer{};
+    std::uint32_t vertexFormat = 0, stride = 0, corners = 0;
+    bool operator==(const Kind&) const = default;
+  };
+
   template <class Id, class Table, class Value>
   Id add(Table& table, Value&& value) {
     const Id id{++lastId_};
@@ -178,6 +194,7 @@ class OpenGLBackEnd final : public device::BackEnd {
   device::Capabilities capabilities_;
   device::Statistics statistics_;
   std::uint32_t lastId_ = 0;
+  Kind lastKind_;
   std::unique_ptr<Gpu> gpu_;
 };
 

@@ -44,6 +44,11 @@ std::size_t alignmentOfUniforms() {
 
 }  // namespace
 
+bool repacks(const device::DrawPacket& packet) {
+  const bool unaligned = packet.buffer == device::BufferId::None && packet.stride % sizeof(float) != 0;
+  return packet.stride > kLargestStride || unaligned;
+}
+
 Painter::Painter(Shadow& shadow, DriverCalls& calls)
     : shadow_(shadow),
       calls_(calls),
@@ -71,7 +76,8 @@ void Painter::uploadBuffer(GLuint buffer, std::size_t offset, std::span<const st
 
 void Painter::applyUniforms(const DrawState& state) {
   if (sentUniforms_ != state.uniforms) {
-    const std::size_t at = uniforms_.write(std::as_bytes(std::span(&state.uniforms, 1)), uniformAlignment_);
+    const std::size_t at =
+        uniforms_.write(uniforms_.place(uniformAlignment_), std::as_bytes(std::span(&state.uniforms, 1)));
     uniforms_.finish();
     shadow_.uniformRange(kDrawBlock, uniforms_.buffer(), at, sizeof(DrawUniforms));
     sentUniforms_ = state.uniforms;
@@ -140,12 +146,15 @@ std::span<const std::byte> Painter::tight(const device::DrawPacket& packet, GLui
   return repacked_;
 }
 
+std::span<const std::byte> Painter::bytesOf(const device::DrawPacket& packet) {
+  return packet.vertices.first(std::min(packet.vertices.size(), std::size_t{packet.vertexCount} * packet.stride));
+}
+
 void Painter::draw(const device::DrawPacket& packet, const Target& target,
                    const std::array<Texture*, device::kStages>& textures, GLuint buffer) {
-  std::span<const std::byte> bytes =
-      packet.vertices.first(std::min(packet.vertices.size(), std::size_t{packet.vertexCount} * packet.stride));
+  std::span<const std::byte> bytes = bytesOf(packet);
   std::uint32_t stride = packet.stride;
-  if (stride > kLargestStride || (!buffer && stride % sizeof(float) != 0)) {
+  if (repacks(packet)) {
     bytes = tight(packet, buffer);
     stride = device::vertexSize(packet.vertexFormat);
     buffer = 0;
@@ -155,15 +164,30 @@ void Painter::draw(const device::DrawPacket& packet, const Target& target,
   const bool strip = packet.primitive == PrimitiveType::LineStrip;
   if (!state_ || source != source_ || batch_.empty() || strip) begin(packet, source, target, textures);
   if (!state_->draws) return;
-
-  std::uint32_t first = packet.firstVertex;
-  if (!buffer) {
-    if (!vertices_.fits(bytes.size(), stride)) finish();
-    first = static_cast<std::uint32_t>(vertices_.write(bytes, stride) / stride);
-  }
-  batch_.add({packet.primitive, first, packet.vertexCount});
+  append(packet, bytes);
   // The number of a line decides about its last pixel, and what is drawn on may be read by the next draw.
   if (strip || feedback_[0] || feedback_[1]) finish();
+}
+
+bool Painter::drawMore(const device::DrawPacket& packet) {
+  const std::span<const std::byte> bytes = bytesOf(packet);
+  if (!source_.buffer && !vertices_.reaches(std::size_t{nextVertex_} * source_.stride, bytes.size())) return false;
+  append(packet, bytes);
+  return true;
+}
+
+void Painter::append(const device::DrawPacket& packet, std::span<const std::byte> bytes) {
+  std::uint32_t first = packet.firstVertex;
+  if (!source_.buffer) {
+    const std::size_t stride = source_.stride;
+    std::size_t offset = batch_.empty() ? vertices_.place(stride) : std::size_t{nextVertex_} * stride;
+    if (!vertices_.fits(offset, bytes.size())) finish();
+    const bool goesOn = !batch_.empty();
+    offset = vertices_.write(offset, bytes);
+    first = goesOn ? nextVertex_ : static_cast<std::uint32_t>(offset / stride);
+    nextVertex_ = first + packet.vertexCount;
+  }
+  batch_.add({packet.primitive, first, packet.vertexCount});
 }
 
 void Painter::finish() {
@@ -175,7 +199,7 @@ void Painter::finish() {
     glDrawArrays(modeOf(r.type), static_cast<GLint>(r.first), static_cast<GLsizei>(r.count));
   } else {
     const std::span<const std::uint32_t> list = batch_.indices();
-    const std::size_t at = indices_.write(std::as_bytes(list), sizeof(std::uint32_t));
+    const std::size_t at = indices_.write(indices_.place(sizeof(std::uint32_t)), std::as_bytes(list));
     indices_.finish();
     glDrawElements(listOf(source_.corners), static_cast<GLsizei>(list.size()), GL_UNSIGNED_INT,
                    reinterpret_cast<const void*>(at));

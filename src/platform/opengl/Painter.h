@@ -20,6 +20,9 @@
 
 namespace ql::opengl {
 
+/// Whether the vertices of a packet must be laid out anew before OpenGL takes them.
+bool repacks(const device::DrawPacket& packet);
+
 /// Draws wait as long as the next ones have equal state and the same source. Everything that looks at what was drawn,
 /// or changes what draws read, calls finish first.
 class Painter {
@@ -29,6 +32,11 @@ class Painter {
   /// @param textures of the stages, null for none @param buffer the packet's vertex buffer, 0: it brings its vertices
   void draw(const device::DrawPacket& packet, const Target& target,
             const std::array<Texture*, device::kStages>& textures, GLuint buffer);
+  /// Whether the last packet waits for more of its kind.
+  bool waits() const { return !batch_.empty(); }
+  /// Adds a packet that differs from the last one, which waits, by its primitives alone: the type may be another with
+  /// as many corners. It only copies memory, so that no context need be current. @return false: draw must do it
+  bool drawMore(const device::DrawPacket& packet);
   /// Issues the draws that wait.
   void finish();
   /// Ends a picture. Pictures never pile up: the one before this has been finished when this returns.
@@ -57,6 +65,8 @@ class Painter {
              const std::array<Texture*, device::kStages>& textures);
   void apply(const DrawState& state, const Target& target, const std::array<Texture*, device::kStages>& textures);
   void applyUniforms(const DrawState& state);
+  static std::span<const std::byte> bytesOf(const device::DrawPacket& packet);
+  void append(const device::DrawPacket& packet, std::span<const std::byte> bytes);
   std::span<const std::byte> tight(const device::DrawPacket& packet, GLuint buffer);
 
   Shadow& shadow_;
@@ -69,6 +79,7 @@ class Painter {
   VertexArrays arrays_;
 
   Batch batch_;
+  std::uint32_t nextVertex_ = 0;    ///< behind the batch's last one in the ring
   Source source_;                   ///< of the batch, or of the last draw when nothing waits
   std::optional<DrawState> state_;  ///< that the driver has; nothing: unknown
   std::optional<DrawUniforms> sentUniforms_;

@@ -23,9 +23,12 @@ void Stream::renew(std::size_t bytes) {
   glBufferData(kTarget, static_cast<GLsizeiptr>(size_), nullptr, GL_STREAM_DRAW);
 }
 
-std::size_t Stream::write(std::span<const std::byte> bytes, std::size_t multiple) {
-  if (!fits(bytes.size(), multiple)) renew(bytes.size() + multiple);
-  const std::size_t offset = start(multiple), end = offset + bytes.size();
+std::size_t Stream::write(std::size_t offset, std::span<const std::byte> bytes) {
+  if (!fits(offset, bytes.size())) {
+    renew(bytes.size());
+    offset = 0;
+  }
+  const std::size_t end = offset + bytes.size();
   if (mapped_ && end > mappedTo_) finish();
   if (!mapped_) {
     mappedFrom_ = offset;

@@ -18,16 +18,19 @@ class Stream {
   Stream(std::size_t bytes, std::size_t window);
 
   GLuint buffer() const { return buffer_.name(); }
-  /// Whether bytes fit behind what was written, at a multiple of a number. When not, the next write renews the buffer:
-  /// draws of what was written must have been issued before.
-  bool fits(std::size_t bytes, std::size_t multiple) const { return start(multiple) + bytes <= size_; }
-  /// Copies bytes behind what was written. Renews the buffer when they don't fit. @return their offset
-  std::size_t write(std::span<const std::byte> bytes, std::size_t multiple);
+  /// The first free offset that is a multiple of a number.
+  std::size_t place(std::size_t multiple) const { return (used_ + multiple - 1) / multiple * multiple; }
+  /// Whether bytes fit at an offset. When not, writing them renews the buffer: draws of what was written must have been
+  /// issued before.
+  bool fits(std::size_t offset, std::size_t bytes) const { return offset + bytes <= size_; }
+  /// Copies bytes to a free offset, or to the beginning of the renewed buffer. @return where they are
+  std::size_t write(std::size_t offset, std::span<const std::byte> bytes);
+  /// Whether writing there takes no call of the driver.
+  bool reaches(std::size_t offset, std::size_t bytes) const { return mapped_ && offset + bytes <= mappedTo_; }
   /// Must be called before the driver reads what was written.
   void finish();
 
  private:
-  std::size_t start(std::size_t multiple) const { return (used_ + multiple - 1) / multiple * multiple; }
   void bind();
   void renew(std::size_t bytes);
 
