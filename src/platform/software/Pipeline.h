@@ -49,13 +49,15 @@ struct VertexLayout {
 };
 
 /// Attributes of a vertex record: interpolated values, all but the first two divided by w.
-inline constexpr int kAttributeZ = 0, kAttributeQ = 1, kMaxAttributes = 16;
+inline constexpr int kAttributeZ = 0, kAttributeQ = 1, kMaxAttributes = 24;
 /// Words in front of the attributes: x, y (24.8 fixed point), outcode, point size. They hold bits, not floats.
 inline constexpr int kRecordX = 0, kRecordY = 1, kRecordOutcode = 2, kRecordPointSize = 3, kRecordHead = 4;
 
 /// Places of the attributes in a record, -1 when the pipeline doesn't interpolate them.
 struct Attributes {
   std::array<std::int32_t, device::kStages> uv{-1, -1};
+  /// What coordinates are divided by at each pixel: 1 / w alone, or a projected texture's divisor over w.
+  std::array<std::int32_t, device::kStages> divisor{kAttributeQ, kAttributeQ};
   std::int32_t diffuse = -1, specular = -1, fog = -1;  ///< blue, green, red, alpha 0 to 255; blue, green, red; 0 to 255
   std::int32_t count = 2;
   std::int32_t recordFloats() const { return (kRecordHead + count + 3) & ~3; }

@@ -121,17 +121,17 @@ void sampleLevel(const Sampler& s, const Sampler::Level& level, bool linear, con
 
 }  // namespace
 
-LevelChoice chooseLevel(const Sampler& s, const Triangle& t, int uv, float x, float y) {
+LevelChoice chooseLevel(const Sampler& s, const Triangle& t, int uv, int divisor, float x, float y) {
   LevelChoice choice;
   choice.level = s.firstLevel;
   choice.linear = s.linearMag;
   if (s.mip == Sampler::Mip::None && s.linearMag == s.linearMin) return choice;
   const float cx = x + 1.5f, cy = y + 1.5f;
   const auto at = [&](int k) { return t.value[k] + (t.dx[k] * cx + t.dy[k] * cy); };
-  const float w = 1.0f / at(kAttributeQ), u = at(uv) * w, v = at(uv + 1) * w;
+  const float w = 1.0f / at(divisor), u = at(uv) * w, v = at(uv + 1) * w;
   const float acrossU = w * s.width, acrossV = w * s.height;
-  const float ux = (t.dx[uv] - u * t.dx[kAttributeQ]) * acrossU, vx = (t.dx[uv + 1] - v * t.dx[kAttributeQ]) * acrossV;
-  const float uy = (t.dy[uv] - u * t.dy[kAttributeQ]) * acrossU, vy = (t.dy[uv + 1] - v * t.dy[kAttributeQ]) * acrossV;
+  const float ux = (t.dx[uv] - u * t.dx[divisor]) * acrossU, vx = (t.dx[uv + 1] - v * t.dx[divisor]) * acrossV;
+  const float uy = (t.dy[uv] - u * t.dy[divisor]) * acrossU, vy = (t.dy[uv + 1] - v * t.dy[divisor]) * acrossV;
   const float rx = ux * ux + vx * vx, ry = uy * uy + vy * vy;
   // Texels per pixel squared: half its logarithm is the level.
   const std::int32_t detail = (log2Times256(rx > ry ? rx : ry) >> 1) + s.bias;

@@ -17,8 +17,8 @@ struct LevelChoice {
 };
 
 /// The level of detail of a block, from the exact derivatives at its centre. @param x,y of the block's first pixel seen
-/// from vertex 0 @param uv the attribute of the u coordinate
-LevelChoice chooseLevel(const Sampler& sampler, const Triangle& triangle, int uv, float x, float y);
+/// from vertex 0 @param uv the attribute of the u coordinate @param divisor the attribute that divides u and v
+LevelChoice chooseLevel(const Sampler& sampler, const Triangle& triangle, int uv, int divisor, float x, float y);
 
 /// Colours at coordinates in texture space (0 to 1 is one repetition).
 void sample(const Sampler& sampler, const LevelChoice& choice, const Lanes<float>& u, const Lanes<float>& v,

@@ -101,16 +101,20 @@ inline void interpolateColor(const Triangle& t, int attribute, std::uint32_t oth
 
 inline void sampleStage(const Pipeline& p, const Triangle& t, std::size_t stage, float x, float y,
                         const Lanes<float>& w, Colors& out) {
-  const int uv = p.attributes.uv[stage];
-  Lanes<float> u, v;
+  const int uv = p.attributes.uv[stage], divisor = p.attributes.divisor[stage];
+  Lanes<float> u, v, scale = w;
   interpolate(t, uv, x, y, u);
   interpolate(t, uv + 1, x, y, v);
+  if (divisor != kAttributeQ) {
+    interpolate(t, divisor, x, y, scale);
+    for (int i = 0; i < kLanes; ++i) scale[i] = 1.0f / scale[i];
+  }
   for (int i = 0; i < kLanes; ++i) {
-    u[i] *= w[i];
-    v[i] *= w[i];
+    u[i] *= scale[i];
+    v[i] *= scale[i];
   }
   const Sampler& sampler = p.samplers[stage];
-  sample(sampler, chooseLevel(sampler, t, uv, x, y), u, v, out);
+  sample(sampler, chooseLevel(sampler, t, uv, divisor, x, y), u, v, out);
 }
 
 inline void multiply(const Colors& factor, Colors& colors) {
