@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <set>
@@ -20,6 +21,7 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 namespace {
 
@@ -29,9 +31,12 @@ using peers::Pose;
 using peers::Size;
 
 struct Walk {
-  std::string base, level;
-  std::vector<Pose> poses;  ///< none: around from the level's player start
+  std::string base = {}, level = {};
+  std::vector<Pose> poses = {};  ///< none: around from the level's player start
   float fieldOfView = 73.7398f;
+  /// Whether its memory can be told: it is the only level of the process.
+  bool alone = false;
+  std::optional<double> grownBytes = {};  ///< what the first load and its first picture added to the process
 };
 
 std::vector<Pose> around(const engine::Vec3& start) {
@@ -67,10 +72,13 @@ class Session {
   /// Takes the pose's view, and lets the level take its visible set anew: the next frame does all the work.
   void prepare(const Pose& pose) {
     camera_.SetCamera(pose.eye[0], pose.eye[1], pose.eye[2], pose.look[0], pose.look[1], pose.look[2]);
-    engine_.Clear();
-    engine_.RenderToScreen();
+    drawNothing();
     constexpr std::uint32_t kPastCache = 2001;  // milliseconds
     *time_ += kPastCache;
+  }
+  void drawNothing() {
+    engine_.Clear();
+    engine_.RenderToScreen();
   }
   void frame() {
     engine_.Clear();
@@ -98,17 +106,28 @@ class Session {
 
 constexpr std::size_t kFewestColors = 50;
 
+/// Memory that the process holds now, bytes.
+double residentBytes() {
+  std::ifstream file("/proc/self/statm");
+  double all = 0, resident = 0;
+  file >> all >> resident;
+  return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
 /// A new engine each time, since one engine keeps decoded pictures.
-void load(benchmark::State& state, const Walk& walk, Size size) {
+void load(benchmark::State& state, Walk& walk, Size size) {
   peers::Times times;
   std::size_t colors = 0;
   for (auto _ : state) {
     Session session(walk, size);
+    session.drawNothing();
+    const double before = residentBytes();
     const double ms = peers::milliseconds([&] {
       session.load(walk);
       session.prepare(session.poses.front());
       session.frame();
     });
+    if (walk.alone && !walk.grownBytes) walk.grownBytes = residentBytes() - before;
     times.push_back(ms);
     state.SetIterationTime(ms / 1000);
     colors = session.colors();
@@ -116,6 +135,7 @@ void load(benchmark::State& state, const Walk& walk, Size size) {
   if (colors < kFewestColors) state.SkipWithError("the picture is empty");
   state.counters["min_ms"] = peers::smallest(times);
   state.counters["median_ms"] = peers::median(times);
+  if (walk.grownBytes) state.counters["grown_bytes"] = *walk.grownBytes;
 }
 
 void frames(benchmark::State& state, const Walk& walk, Size size) {
@@ -148,14 +168,16 @@ std::vector<Walk> knownWalks() {
   std::vector<Walk> walks;
   const fs::path assets = QL_ASSETS_DIR;
   if (fs::exists(assets / "maps/court.bsp"))
-    walks.push_back({assets.string(), "maps/court.bsp", peers::readPoses((assets / "maps/court-poses.json").string())});
+    walks.push_back({.base = assets.string(),
+                     .level = "maps/court.bsp",
+                     .poses = peers::readPoses((assets / "maps/court-poses.json").string())});
   std::error_code absent;
   std::vector<Walk> others;
   for (const fs::directory_entry& entry :
        fs::recursive_directory_iterator(fs::path(QL_SHARED_DATA_DIR) / "q3bsp", absent))
     if (entry.path().extension() == ".bsp") {
       const fs::path base = fs::canonical(entry.path()).parent_path().parent_path();
-      others.push_back({base.string(), fs::relative(entry.path(), base).string(), {}});
+      others.push_back({.base = base.string(), .level = fs::relative(entry.path(), base).string()});
     }
   std::sort(others.begin(), others.end(), [](const Walk& a, const Walk& b) { return a.level < b.level; });
   walks.insert(walks.end(), others.begin(), others.end());
@@ -171,7 +193,7 @@ int main(int argc, char** argv) {
   if (options["level"].empty()) {
     walks = knownWalks();
   } else {
-    walks.push_back({fs::absolute(options["base"]).string(), options["level"], {}});
+    walks.push_back({.base = fs::absolute(options["base"]).string(), .level = options["level"], .alone = true});
     if (!options["poses"].empty()) walks[0].poses = peers::readPoses(options["poses"]);
     if (!options["fov"].empty()) walks[0].fieldOfView = std::stof(options["fov"]);
   }
@@ -179,7 +201,7 @@ int main(int argc, char** argv) {
   const ql::test::TemporaryFolder home;
   for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME"}) setenv(variable, home.path().c_str(), 1);
   for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY"}) unsetenv(variable);
-  for (const Walk& walk : walks)
+  for (Walk& walk : walks)
     for (const Size size : peers::kSizes) {
       const std::string what =
           fs::path(walk.level).stem().string() + "/" + std::to_string(size.width) + "x" + std::to_string(size.height);

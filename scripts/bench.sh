@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset bench -DQL_BUILD_TESTS=OFF -DQL_BUILD_EXAMPLES=OFF >/dev/null
 mapfile -t targets < <(sed -nE 's/^ *ql_bench\(([a-z0-9_]+).*/\1/p' bench/CMakeLists.txt)
-cmake --build --preset bench --target "${targets[@]}"
+cmake --build --preset bench --target "${targets[@]}" peers
 options=("$@")
 if [ "${1:-}" = --smoke ]; then options=(--benchmark_min_time=0.001); fi
 mkdir -p out/bench

@@ -37,6 +37,7 @@ class LevelMesh {
 
   const std::vector<MeshVertex>& vertices() const { return vertices_; }
   const std::vector<MeshFace>& faces() const { return faces_; }
+  std::size_t indexCount() const { return indices_.size(); }
   std::span<const std::uint32_t> indices(std::size_t face) const {
     return std::span(indices_).subspan(faces_[face].firstIndex, faces_[face].indexCount);
   }

@@ -2,6 +2,7 @@
 
 #include "LevelMesh.h"
 #include "common/Report.h"
+#include "level/LevelData.h"
 #include "level/Lightmap.h"
 #include "platform/host/ByteReader.h"
 #include "platform/host/Files.h"
@@ -61,8 +62,13 @@ class LevelScene {
     level::Q3Bsp file = level::parseQ3Bsp(bytes);
     mesh_ = LevelMesh(file);
     white_ = upload({1, 1, {0xFFFFFFFF}, false}, false);
-    for (const level::Q3Texture& texture : file.textures)
-      textures_.push_back(upload(loadImage(options.base + "/" + std::string(host::fieldText(texture.name))), true));
+    contentBytes_ = static_cast<double>(mesh_.indexCount() * sizeof(level::LevelVertex)) +
+                    static_cast<double>(file.lightmapCount()) * level::kLightmapSide * level::kLightmapSide * 2;
+    for (const level::Q3Texture& texture : file.textures) {
+      const images::Image image = loadImage(options.base + "/" + std::string(host::fieldText(texture.name)));
+      contentBytes_ += static_cast<double>(image.pixels.size()) * 4 * 4 / 3;
+      textures_.push_back(upload(image, true));
+    }
     for (std::size_t i = 0; i < static_cast<std::size_t>(file.lightmapCount()); ++i)
       lightmaps_.push_back(
           upload(lightmapImage(file.lightmaps.subspan(i * level::kLightmapBytes, level::kLightmapBytes)), false));
@@ -103,6 +109,8 @@ class LevelScene {
     glFinish();
   }
   std::size_t triangles() const { return triangles_; }
+  /// Of the level's triangles, textures with their mip levels and lightmaps, in the engine's layout.
+  double contentBytes() const { return contentBytes_; }
 
  private:
   struct Batch {
@@ -157,6 +165,7 @@ class LevelScene {
   std::vector<std::size_t> batchOfFace_;
   std::vector<Batch> batches_;
   std::size_t triangles_ = 0;
+  double contentBytes_ = 0;
 };
 
 }  // namespace
@@ -165,9 +174,15 @@ void timeLevel(const Context& context, const Options& options) {
   glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
   const Times loads =
       measure(options.seconds, [&] { LevelScene(options).draw(options.poses.front(), context, options.fieldOfView); });
-  Line("gl", "level-load").add("level", options.level).add(options.size).add(loads).addPeakBytes().print();
-
   LevelScene scene(options);
+  Line("gl", "level-load")
+      .add("level", options.level)
+      .add(options.size)
+      .add(loads)
+      .addPeakBytes()
+      .add("content_bytes", scene.contentBytes())
+      .print();
+
   double triangles = 0;
   const auto poses = static_cast<double>(options.poses.size());
   Times frames = measure(options.seconds, [&] {
