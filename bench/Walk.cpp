@@ -198,7 +198,9 @@ int main(int argc, char** argv) {
     if (!options["fov"].empty()) walks[0].fieldOfView = std::stof(options["fov"]);
   }
   // Neither the user's settings nor the log of another engine.
+  const fs::path current = fs::current_path();
   const ql::test::TemporaryFolder home;
+  fs::current_path(current);  // for the files that the options name
   for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME"}) setenv(variable, home.path().c_str(), 1);
   for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY"}) unsetenv(variable);
   for (Walk& walk : walks)
