@@ -85,10 +85,8 @@ class FragmentWriter {
     return false;
   }
   void inputs() {
-    text_ += has("diffuse") ? "  vec4 diffuse = rounded(clamp(f_diffuse, 0.0, 1.0) * ONE);\n"
-                            : "  vec4 diffuse = vec4(ONE);\n";
-    text_ += has("specular") ? "  vec4 specular = rounded(clamp(f_specular, 0.0, 1.0) * ONE);\n"
-                             : "  vec4 specular = vec4(0.0);\n";
+    text_ += has("diffuse") ? "  vec4 diffuse = rounded(f_diffuse * ONE);\n" : "  vec4 diffuse = vec4(ONE);\n";
+    text_ += has("specular") ? "  vec4 specular = rounded(f_specular * ONE);\n" : "  vec4 specular = vec4(0.0);\n";
     text_ += "  vec4 constant = rounded(factor * ONE);\n  vec4 current = diffuse;\n  vec4 texel = vec4(ONE);\n";
   }
 

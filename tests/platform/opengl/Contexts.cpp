@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include <SDL.h>
 #include <epoxy/egl.h>
 
 namespace ql::test {
@@ -51,6 +52,38 @@ TEST_F(OpenGL, LeavesTheHostsContextCurrent) {
     expectHost("presenting");
   }
   expectHost("the end");
+}
+
+// On an X server, hosts usually draw through GLX, which refuses a thread that EGL holds, and the other way round.
+TEST_F(OpenGL, LeavesAHostsGlxContextCurrent) {
+  SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+  SDL_SetHint(SDL_HINT_VIDEODRIVER, "x11");
+  if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) GTEST_SKIP() << "no X server";
+  SDL_Window* window = SDL_CreateWindow("host", 0, 0, 64, 64, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
+  SDL_GLContext context = window ? SDL_GL_CreateContext(window) : nullptr;
+  if (context) {
+    using ClearColor = void (*)(float, float, float, float);
+    using Clear = void (*)(unsigned);
+    using ReadPixels = void (*)(int, int, int, int, unsigned, unsigned, void*);
+    reinterpret_cast<ClearColor>(SDL_GL_GetProcAddress("glClearColor"))(0, 1, 0, 1);
+    for (int i = 0; i < 3; ++i) {
+      Scene s(hardware(), 16, 16);
+      s.fill(0xFFFF0000);
+      EXPECT_EQ(s.pixel(4, 4), 0xFFFF0000u);
+      s.backEnd->present(s.target, nullptr);
+      // The host goes on in its own context without taking hold of it again.
+      reinterpret_cast<Clear>(SDL_GL_GetProcAddress("glClear"))(0x4000);
+      std::uint32_t seen = 0;
+      reinterpret_cast<ReadPixels>(SDL_GL_GetProcAddress("glReadPixels"))(5, 5, 1, 1, 0x1908, 0x1401, &seen);
+      EXPECT_EQ(seen, 0xFF00FF00u);
+      EXPECT_EQ(SDL_GL_MakeCurrent(window, context), 0);
+      hardware()->destroyTarget(s.target);
+    }
+    SDL_GL_DeleteContext(context);
+  }
+  if (window) SDL_DestroyWindow(window);
+  SDL_QuitSubSystem(SDL_INIT_VIDEO);
+  if (!context) GTEST_SKIP() << "no OpenGL through GLX";
 }
 
 TEST_F(OpenGL, LetsGoOfTheThreadAfterAPicture) {
