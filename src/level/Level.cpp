@@ -72,6 +72,8 @@ void Level::load(std::string& fileName, const LoadOptions& options) {
     const engine::EngineError error = engine::currentError();
     log.write(std::string("BSP TREE : Error during loading : ") + error.what() + ' ' + std::to_string(error.number));
   }
+  // Decoded files would take as much memory again as the level's textures.
+  impl_->context.get<render::TextureTable>().pictures.clear();
 }
 
 void Level::render() {

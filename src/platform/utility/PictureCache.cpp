@@ -13,6 +13,11 @@ Picture loadPicture(const std::string& fileName) {
   return std::make_shared<const std::vector<images::Image>>(images::decodeLevels(host::readFile(fileName), fileName));
 }
 
+void PictureCache::clear() {
+  entries_.clear();
+  size_ = 0;
+}
+
 Picture PictureCache::load(const std::string& fileName) {
   const auto path = host::findFile(fileName);
   if (!path) return loadPicture(fileName);  // which says what is wrong

@@ -22,6 +22,8 @@ class PictureCache {
   explicit PictureCache(std::size_t limit = std::size_t{64} << 20) : limit_(limit) {}
   /// The file's levels, decoded or kept. @throws host::FileFault
   Picture load(const std::string& fileName);
+  /// Lets go of everything: after a load of many files, most of which nobody asks for again.
+  void clear();
   /// Bytes of the pixels that are kept.
   std::size_t size() const { return size_; }
   std::uint64_t hits() const { return hits_; }
