@@ -58,7 +58,7 @@ std::shared_ptr<engine::EngineContext> startContext() {
     endContext(self.current);
     self.current = makeContext();
   }
-  const std::shared_ptr<engine::EngineContext> started = context();
+  std::shared_ptr<engine::EngineContext> started = context();
   engine::startEngine(*started);
   self.engineStarted = true;
   return started;

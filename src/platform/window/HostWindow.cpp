@@ -48,9 +48,7 @@ std::shared_ptr<HostWindow> HostWindow::adopt(std::shared_ptr<SdlVideo> video, s
   SDL_Window* window = nullptr;
   SDL_SysWMinfo info;
   SDL_VERSION(&info.version);
-  const bool made = accepted(nullptr, [&] {
-    window = SDL_CreateWindowFrom(reinterpret_cast<void*>(handle));  // NOLINT(performance-no-int-to-ptr)
-  });
+  const bool made = accepted(nullptr, [&] { window = SDL_CreateWindowFrom(reinterpret_cast<void*>(handle)); });
   if (window == nullptr) return nullptr;
   if (!made || !SDL_GetWindowWMInfo(window, &info) || info.subsystem != SDL_SYSWM_X11) {
     accepted(nullptr, [&] { SDL_DestroyWindow(window); });
