@@ -68,9 +68,6 @@ void combine(BlendOp op, const Plane& a, const Plane& factorA, const Plane& b, c
   }
 }
 
-// Ranks of the dither pattern: neighbours far apart.
-constexpr std::uint16_t kPattern[kLanes] = {0, 8, 2, 10, 12, 4, 14, 6, 3, 11, 1, 9, 15, 7, 13, 5};
-
 // Repeats the bits of a channel value until they fill 8; at least 4 bits.
 std::uint32_t expand(std::uint32_t value, std::uint32_t bits) { return value << (8 - bits) | value >> (2 * bits - 8); }
 
@@ -87,7 +84,7 @@ void ditherToBits(Plane& plane, std::uint32_t bits) {
     std::uint32_t low = value >> (8 - bits);
     low -= expand(low, bits) > value ? 1 : 0;
     const std::uint32_t below = expand(low, bits), above = expand(low + 1, bits);
-    const bool up = (value - below) * 32 > (kPattern[i] * 2u + 1u) * (above - below);
+    const bool up = (value - below) * 32 > (static_cast<std::uint32_t>(kDitherRank[i])) * (above - below);
     plane[i] = static_cast<std::uint16_t>(up ? above : below);
   }
 }

@@ -7,6 +7,10 @@
 
 namespace ql::software {
 
+/// Thresholds of the ordered dither for the pixels of a block, in 1/32 of a step: neighbours differ much.
+alignas(64) inline constexpr std::int32_t kDitherRank[kLanes] = {1, 17, 5, 21, 25, 9,  29, 13,
+                                                                 7, 23, 3, 19, 31, 15, 27, 11};
+
 /// Mixes colours with what the target holds, by any factors and operation. @param source becomes the result
 void blend(const Pipeline& pipeline, const Colors& destination, Colors& source);
 

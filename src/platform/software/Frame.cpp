@@ -13,7 +13,7 @@ constexpr std::size_t kMostPrimitives = std::size_t{1} << 20;
 
 }  // namespace
 
-Frame::Frame(unsigned threads) : pool_(threads) {
+Frame::Frame(unsigned threads, const KernelSet& kernels) : pool_(threads), kernels_(kernels) {
   for (unsigned i = 0; i < pool_.threads(); ++i) tiles_.push_back(std::make_unique<Tile>());
 }
 
@@ -23,7 +23,11 @@ bool Frame::full(const Target& target) const {
          (primitives_ / kJobPrimitives + 1) * tiles > std::max(kMostLists, tiles * 2);
 }
 
-const Pipeline* Frame::addPipeline(Pipeline&& pipeline) { return &pipelines_.emplace_back(std::move(pipeline)); }
+const Pipeline* Frame::addPipeline(Pipeline&& pipeline) {
+  Pipeline& added = pipelines_.emplace_back(std::move(pipeline));
+  added.raster = kernels_.raster(added);
+  return &added;
+}
 
 void Frame::draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer) {
   Draw draw;
@@ -159,7 +163,7 @@ void Frame::drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t&
     const Draw& current = draws_[draw];
     if (pipeline != current.pipeline) {
       pipeline = current.pipeline;
-      raster = rasterFunction(*pipeline);
+      raster = pipeline->raster;
       area = intersect(tile.area, pipeline->scissor);
     }
     const float* v[3];

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "platform/software/Bins.h"
+#include "platform/software/Kernels.h"
 #include "platform/software/Pool.h"
-#include "platform/software/Raster.h"
 #include "platform/software/Tile.h"
 
 #include <cstddef>
@@ -23,7 +23,7 @@ using Bytes = std::shared_ptr<const std::vector<std::byte>>;
 /// order of drawing never depends on the threads.
 class Frame {
  public:
-  explicit Frame(unsigned threads);
+  Frame(unsigned threads, const KernelSet& kernels);
 
   bool empty() const { return draws_.empty() && clears_.empty(); }
   /// Whether so much waits that it should be carried out.
@@ -51,6 +51,7 @@ class Frame {
   void drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear);
 
   Pool pool_;
+  const KernelSet& kernels_;
   std::vector<std::unique_ptr<Tile>> tiles_;  ///< one per thread
   std::deque<Pipeline> pipelines_;
   std::vector<Draw> draws_;

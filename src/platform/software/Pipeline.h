@@ -86,6 +86,12 @@ struct ScreenTransform {
 enum class Texturing : std::uint8_t { General, None, Replace, Modulate };
 enum class Blending : std::uint8_t { General, Opaque, Alpha, Multiply };
 
+struct Pipeline;
+struct Tile;
+struct Triangle;
+/// Draws a triangle into a tile.
+using RasterFunction = void (*)(const Pipeline&, const Triangle&, Tile&);
+
 struct Pipeline {
   // Vertices
   VertexLayout layout;
@@ -118,6 +124,7 @@ struct Pipeline {
   bool dither = false;
   Texturing texturing = Texturing::General;
   Blending blending = Blending::General;
+  RasterFunction raster = nullptr;  ///< the code for it
 
   /// Whether anything at all can be drawn.
   bool draws() const { return !scissor.empty(); }

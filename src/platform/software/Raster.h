@@ -7,8 +7,6 @@
 
 namespace ql::software {
 
-using RasterFunction = void (*)(const Pipeline&, const Triangle&, Tile&);
-
 /// The code for a pipeline: one of its own for common kinds, else the general one. All give the same bits.
 RasterFunction rasterFunction(const Pipeline& pipeline);
 

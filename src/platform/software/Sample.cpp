@@ -64,19 +64,14 @@ void fetchFast(const Sampler::Level& level, Lanes<std::int32_t>& u, Lanes<std::i
 void fetchGeneral(const Sampler& s, const Sampler::Level& level, const Lanes<std::int32_t>& u,
                   const Lanes<std::int32_t>& v, bool linear, Neighbours& out) {
   const std::int32_t fraction = linear ? 127 : 0;
-  const auto texel = [&](std::int32_t x, std::int32_t y) {
-    return x < 0 || y < 0 ? s.border ^ kTexelFlip : level.texels[y * level.stride + x];
-  };
   for (int i = 0; i < kLanes; ++i) {
-    const std::int32_t x = u[i] >> 8, y = v[i] >> 8;
-    const std::int32_t x0 = address(s.addressU, x, level.width), x1 = address(s.addressU, x + 1, level.width);
-    const std::int32_t y0 = address(s.addressV, y, level.height), y1 = address(s.addressV, y + 1, level.height);
     out.weightX[i] = static_cast<std::int16_t>((u[i] >> 1) & fraction);
     out.weightY[i] = static_cast<std::int16_t>((v[i] >> 1) & fraction);
-    out.t00[i] = texel(x0, y0);
-    out.t10[i] = texel(x1, y0);
-    out.t01[i] = texel(x0, y1);
-    out.t11[i] = texel(x1, y1);
+    const std::array<std::uint32_t, 4> four = fourTexels(s, level, u[i] >> 8, v[i] >> 8);
+    out.t00[i] = four[0];
+    out.t10[i] = four[1];
+    out.t01[i] = four[2];
+    out.t11[i] = four[3];
   }
 }
 
@@ -121,29 +116,13 @@ void sampleLevel(const Sampler& s, const Sampler::Level& level, bool linear, con
 
 }  // namespace
 
-LevelChoice chooseLevel(const Sampler& s, const Triangle& t, int uv, int divisor, float x, float y) {
-  LevelChoice choice;
-  choice.level = s.firstLevel;
-  choice.linear = s.linearMag;
-  if (s.mip == Sampler::Mip::None && s.linearMag == s.linearMin) return choice;
-  const float cx = x + 1.5f, cy = y + 1.5f;
-  const auto at = [&](int k) { return t.value[k] + (t.dx[k] * cx + t.dy[k] * cy); };
-  const float w = 1.0f / at(divisor), u = at(uv) * w, v = at(uv + 1) * w;
-  const float acrossU = w * s.width, acrossV = w * s.height;
-  const float ux = (t.dx[uv] - u * t.dx[divisor]) * acrossU, vx = (t.dx[uv + 1] - v * t.dx[divisor]) * acrossV;
-  const float uy = (t.dy[uv] - u * t.dy[divisor]) * acrossU, vy = (t.dy[uv + 1] - v * t.dy[divisor]) * acrossV;
-  const float rx = ux * ux + vx * vx, ry = uy * uy + vy * vy;
-  // Texels per pixel squared: half its logarithm is the level.
-  const std::int32_t detail = (log2Times256(rx > ry ? rx : ry) >> 1) + s.bias;
-  choice.linear = detail > 0 ? s.linearMin : s.linearMag;
-  if (s.mip == Sampler::Mip::Nearest) {
-    choice.level = std::clamp((detail + 128) >> 8, s.firstLevel, s.lastLevel);
-  } else if (s.mip == Sampler::Mip::Linear) {
-    const std::int32_t within = std::clamp(detail, s.firstLevel << 8, s.lastLevel << 8);
-    choice.level = within >> 8;
-    choice.blend = (within & 255) >> 1;
-  }
-  return choice;
+std::array<std::uint32_t, 4> fourTexels(const Sampler& s, const Sampler::Level& level, std::int32_t x, std::int32_t y) {
+  const auto texel = [&](std::int32_t column, std::int32_t row) {
+    return column < 0 || row < 0 ? s.border ^ kTexelFlip : level.texels[row * level.stride + column];
+  };
+  const std::int32_t x0 = address(s.addressU, x, level.width), x1 = address(s.addressU, x + 1, level.width);
+  const std::int32_t y0 = address(s.addressV, y, level.height), y1 = address(s.addressV, y + 1, level.height);
+  return {texel(x0, y0), texel(x1, y0), texel(x0, y1), texel(x1, y1)};
 }
 
 void sample(const Sampler& s, const LevelChoice& choice, const Lanes<float>& u, const Lanes<float>& v, Colors& out) {

@@ -3,8 +3,9 @@
 #pragma once
 
 #include "platform/software/Block.h"
-#include "platform/software/Triangle.h"
+#include "platform/software/Pipeline.h"
 
+#include <array>
 #include <cstdint>
 
 namespace ql::software {
@@ -16,9 +17,9 @@ struct LevelChoice {
   bool linear = false;
 };
 
-/// The level of detail of a block, from the exact derivatives at its centre. @param x,y of the block's first pixel seen
-/// from vertex 0 @param uv the attribute of the u coordinate @param divisor the attribute that divides u and v
-LevelChoice chooseLevel(const Sampler& sampler, const Triangle& triangle, int uv, int divisor, float x, float y);
+/// The texels of a column and a row, of the next column, of the next row, and of both, under any addressing; flipped.
+std::array<std::uint32_t, 4> fourTexels(const Sampler& sampler, const Sampler::Level& level, std::int32_t x,
+                                        std::int32_t y);
 
 /// Colours at coordinates in texture space (0 to 1 is one repetition).
 void sample(const Sampler& sampler, const LevelChoice& choice, const Lanes<float>& u, const Lanes<float>& v,

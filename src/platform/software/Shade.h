@@ -5,6 +5,7 @@
 #include "platform/software/Blend.h"
 #include "platform/software/Combine.h"
 #include "platform/software/FogFactor.h"
+#include "platform/software/LevelOfDetail.h"
 #include "platform/software/Numeric.h"
 #include "platform/software/Sample.h"
 #include "platform/software/Tile.h"

@@ -21,7 +21,7 @@ using device::TextureId;
 /// target is finished when another target's draw reads it.
 class SoftwareBackEnd final : public device::BackEnd {
  public:
-  explicit SoftwareBackEnd(unsigned threads) : frame_(threads) {}
+  SoftwareBackEnd(unsigned threads, const KernelSet& kernels) : frame_(threads, kernels) {}
 
   const device::Capabilities& capabilities() const override { return capabilities_; }
 
@@ -66,6 +66,7 @@ class SoftwareBackEnd final : public device::BackEnd {
     if (buffer.use_count() > 1) buffer = std::make_shared<std::vector<std::byte>>(*buffer);
     std::ranges::copy(bytes, buffer->begin() + static_cast<std::ptrdiff_t>(offset));
   }
+  std::vector<std::byte> readBuffer(BufferId id) override { return *buffers_.at(id); }
 
   void draw(const device::DrawPacket& packet) override;
   void clear(TargetId target, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,
@@ -213,7 +214,7 @@ void SoftwareBackEnd::present(TargetId id, device::Window* window) {
 
 std::unique_ptr<device::BackEnd> createBackEnd(const Options& options) {
   const unsigned threads = options.threads ? options.threads : std::max(std::thread::hardware_concurrency(), 1u);
-  return std::make_unique<SoftwareBackEnd>(threads);
+  return std::make_unique<SoftwareBackEnd>(threads, kernelSet(options.kernels));
 }
 
 }  // namespace ql::software

@@ -1,0 +1,10 @@
+// The kernels of one instruction set; compiled once for each.
+#include "platform/software/KernelRaster-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ql::software::HWY_NAMESPACE {
+
+constexpr KernelSet kKernels{raster};
+
+}  // namespace ql::software::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();

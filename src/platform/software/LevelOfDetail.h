@@ -1,0 +1,60 @@
+/// @file
+/// Which level of a texture a block reads.
+#pragma once
+
+#include "platform/software/Numeric.h"
+#include "platform/software/Sample.h"
+#include "platform/software/Triangle.h"
+
+#include <algorithm>
+
+namespace ql::software {
+
+/// Whether the level or the filter depends on the place.
+inline bool choosesLevel(const Sampler& s) { return s.mip != Sampler::Mip::None || s.linearMag != s.linearMin; }
+
+/// The choice for a change of texels per pixel, squared.
+inline LevelChoice levelFor(const Sampler& s, float change) {
+  LevelChoice choice;
+  choice.level = s.firstLevel;
+  // Half its logarithm is the level.
+  const std::int32_t detail = (log2Times256(change) >> 1) + s.bias;
+  choice.linear = detail > 0 ? s.linearMin : s.linearMag;
+  if (s.mip == Sampler::Mip::Nearest) {
+    choice.level = clampTo((detail + 128) >> 8, s.firstLevel, s.lastLevel);
+  } else if (s.mip == Sampler::Mip::Linear) {
+    const std::int32_t within = clampTo(detail, s.firstLevel << 8, s.lastLevel << 8);
+    choice.level = within >> 8;
+    choice.blend = (within & 255) >> 1;
+  }
+  return choice;
+}
+
+/// The level of detail of a block, from the exact derivatives at its centre. @param x,y of the block's first pixel seen
+/// from vertex 0 @param uv the attribute of the u coordinate @param divisor the attribute that divides u and v
+inline LevelChoice chooseLevel(const Sampler& s, const Triangle& t, int uv, int divisor, float x, float y) {
+  if (!choosesLevel(s)) return {s.firstLevel, 0, s.linearMag};
+  const float cx = x + 1.5f, cy = y + 1.5f;
+  const auto at = [&](int k) { return t.value[k] + (t.dx[k] * cx + t.dy[k] * cy); };
+  const float w = 1.0f / at(divisor), u = at(uv) * w, v = at(uv + 1) * w;
+  const float acrossU = w * s.width, acrossV = w * s.height;
+  const float ux = (t.dx[uv] - u * t.dx[divisor]) * acrossU, vx = (t.dx[uv + 1] - v * t.dx[divisor]) * acrossV;
+  const float uy = (t.dy[uv] - u * t.dy[divisor]) * acrossU, vy = (t.dy[uv + 1] - v * t.dy[divisor]) * acrossV;
+  const float rx = ux * ux + vx * vx, ry = uy * uy + vy * vy;
+  return levelFor(s, rx > ry ? rx : ry);
+}
+
+/// Whether a triangle has one level of detail everywhere, to the bit: so it is when the divisor doesn't change and no
+/// coordinate can overflow, as what changes is then a product with 0.
+inline bool sameEverywhere(const Triangle& t, int uv, int divisor) {
+  if (t.dx[divisor] != 0 || t.dy[divisor] != 0) return false;
+  constexpr float kFarthestPixel = 65536, kSafe = 1e30f;
+  const float w = 1.0f / t.value[divisor];
+  const auto small = [&](int k) {
+    const auto size = [](float v) { return v < 0 ? -v : v; };
+    return (size(t.value[k]) + (size(t.dx[k]) + size(t.dy[k])) * kFarthestPixel) * size(w) < kSafe;
+  };
+  return small(uv) && small(uv + 1);
+}
+
+}  // namespace ql::software
