@@ -3,6 +3,7 @@
 #include "level/EntityText.h"
 #include "level/LevelState.h"
 #include "platform/host/Files.h"
+#include "render/TextureTable.h"
 
 #include <cstring>
 #include <numbers>
@@ -73,7 +74,7 @@ void Level::load(std::string& fileName, const LoadOptions& options) {
     log.write(std::string("BSP TREE : Error during loading : ") + error.what() + ' ' + std::to_string(error.number));
   }
   // Decoded files would take as much memory again as the level's textures.
-  impl_->context.get<render::TextureTable>().pictures.clear();
+  impl_->context.get<ql::render::TextureTable>().pictures.clear();
 }
 
 void Level::render() {
