@@ -84,6 +84,8 @@ class BackEnd {
   virtual BufferId createBuffer(std::size_t bytes) = 0;
   virtual void destroyBuffer(BufferId buffer) = 0;
   virtual void uploadBuffer(BufferId buffer, std::size_t offset, std::span<const std::byte> bytes) = 0;
+  /// The whole buffer, as it was uploaded; 0 where nothing was.
+  virtual std::vector<std::byte> readBuffer(BufferId buffer) = 0;
 
   virtual void draw(const DrawPacket& packet) = 0;
   /// Clears inside the rectangles (whole target when there are none). @param flags kClearTarget, kClearDepth

@@ -31,4 +31,12 @@ void noteCall(CallSink* sink, std::string_view name, const Values&... given) {
   sink->call(name, list);
 }
 
+/// Tells it of an effect.
+template <class... Values>
+void noteEffect(CallSink* sink, std::string_view name, const Values&... given) {
+  if (!sink) return;
+  const std::array<CallValue, sizeof...(Values)> list{callValue(given)...};
+  sink->effect(name, list);
+}
+
 }  // namespace ql::device

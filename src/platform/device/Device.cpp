@@ -44,6 +44,7 @@ PixelRect overlap(const PixelRect& a, const PixelRect& b) {
 void Device::Impl::makeBackBuffer(const PresentParameters& wanted) {
   auto made = std::make_shared<BackBuffer>();
   made->backEnd = backEnd;
+  made->watch = watch;
   made->width = wanted.backBufferWidth;
   made->height = wanted.backBufferHeight;
   made->format = wanted.backBufferFormat;
@@ -51,6 +52,16 @@ void Device::Impl::makeBackBuffer(const PresentParameters& wanted) {
   made->id = backEnd->createTarget(made->width, made->height, made->format);
   backBuffer = std::move(made);
   parameters = wanted;
+}
+
+TargetId Device::Impl::keepTarget(TargetId id, const Watch::Target& made) const {
+  watch->targets[id] = made;
+  tellTarget(watch->sink, id, made);
+  return id;
+}
+
+void Device::Impl::tellDevice(std::string_view effect, CallSink* to) const {
+  noteEffect(to, effect, type, parameters.backBufferWidth, parameters.backBufferHeight, parameters.backBufferFormat);
 }
 
 void Device::Impl::directTo(TargetId id, std::uint32_t width, std::uint32_t height) {
@@ -71,13 +82,16 @@ Device::Device(std::shared_ptr<BackEnd> backEnd, DeviceType type, const PresentP
     d.ramp.red[i] = d.ramp.green[i] = d.ramp.blue[i] = static_cast<std::uint16_t>(i * 257);
 }
 
-Device::~Device() { impl_->backBuffer->destroy(); }
+Device::~Device() {
+  impl_->watch->sink = nullptr;  // what outlives the device belongs to no other
+  impl_->backBuffer->destroy();
+}
 
 DeviceType Device::type() const { return impl_->type; }
 const Capabilities& Device::capabilities() const { return impl_->backEnd->capabilities(); }
 const PresentParameters& Device::presentParameters() const { return impl_->parameters; }
 const std::shared_ptr<BackEnd>& Device::backEnd() const { return impl_->backEnd; }
-void Device::setCallSink(CallSink* sink) { impl_->sink = sink; }
+void Device::setCallSink(CallSink* sink) { impl_->watch->sink = sink; }
 
 void Device::clear(std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color, float z,
                    std::uint32_t stencil) {
@@ -144,6 +158,41 @@ void Device::reset(const PresentParameters& parameters) {
     viewport.height = height;
     d.change(d.state.viewport, viewport);
   }
+  d.tellDevice("DeviceReset", d.watch->sink);
+}
+
+TargetId Device::createTarget(std::uint32_t width, std::uint32_t height, Format format) {
+  Impl& d = *impl_;
+  if (width == 0 || height == 0 || width > kMaxTargetSide || height > kMaxTargetSide || !isTargetFormat(format))
+    invalidCall("target of " + number(width) + " x " + number(height) + " in format " + number(format));
+  return d.keepTarget(d.backEnd->createTarget(width, height, format), {TextureId::None, 0, width, height, format});
+}
+
+TargetId Device::createTextureTarget(const std::shared_ptr<Texture>& texture, std::uint32_t level) {
+  Impl& d = *impl_;
+  if (!texture || texture->backEnd() != d.backEnd || !texture->description().renderTarget)
+    invalidCall("a target on no render-target texture of this device");
+  const SurfaceDescription size = texture->levelDescription(level);
+  return d.keepTarget(d.backEnd->createTextureTarget(texture->id(), level),
+                      {texture->id(), level, size.width, size.height, size.format});
+}
+
+void Device::destroyTarget(TargetId target) {
+  Impl& d = *impl_;
+  if (d.watch->targets.erase(target) == 0) invalidCall("no target " + number(target));
+  d.backEnd->destroyTarget(target);
+  d.watch->effect("TargetDestroyed", target);
+}
+
+void Device::writeTarget(TargetId target, std::span<const std::byte> pixels) {
+  Impl& d = *impl_;
+  const auto found = d.watch->targets.find(target);
+  if (found == d.watch->targets.end()) invalidCall("no target " + number(target));
+  const Watch::Target& to = found->second;
+  if (pixels.size() != std::size_t{to.width} * to.height * bytesPerPixel(to.format))
+    invalidCall(number(pixels.size()) + " bytes for a target of " + number(to.width) + " x " + number(to.height));
+  d.backEnd->writePixels(target, {0, 0, to.width, to.height}, pixels);
+  d.watch->effect("TargetWritten", target, 0, 0, to.width, to.height, pixels);
 }
 
 void Device::setRenderTarget(TargetId target, std::uint32_t width, std::uint32_t height) {

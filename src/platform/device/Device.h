@@ -51,8 +51,11 @@ class Device {
   const Capabilities& capabilities() const;
   const PresentParameters& presentParameters() const;
   const std::shared_ptr<BackEnd>& backEnd() const;
-  /// Watches every call; null stops watching.
+  /// Watches every call; null stops watching. What the device has already is not told: see describe.
   void setCallSink(CallSink* sink);
+  /// Tells a sink all that brings a new device to where this one is: effects that make and fill its resources, calls
+  /// that set its states. What stands in depth buffers is left out, so ask between frames.
+  void describe(CallSink& sink);
 
   // Frame.
   void clear(std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color, float z,
@@ -110,6 +113,15 @@ class Device {
   std::shared_ptr<Texture> createTexture(std::uint32_t width, std::uint32_t height, std::uint32_t levels,
                                          std::uint32_t usage, Format format, Pool pool);
 
+  // Targets beside the back buffer, for drawing onto textures.
+  /// A target with colours of its own.
+  TargetId createTarget(std::uint32_t width, std::uint32_t height, Format format);
+  /// A target on a level of a render-target texture, which must outlive it.
+  TargetId createTextureTarget(const std::shared_ptr<Texture>& texture, std::uint32_t level);
+  /// @throws DeviceError invalid call: no such target, here and below
+  void destroyTarget(TargetId target);
+  /// Overwrites all colours of a target, tightly packed in its format.
+  void writeTarget(TargetId target, std::span<const std::byte> pixels);
   /// Directs drawing to a target of the caller's (render-to-surface); none returns to the back buffer. The viewport
   /// becomes the whole target.
   void setRenderTarget(TargetId target, std::uint32_t width, std::uint32_t height);

@@ -48,7 +48,7 @@ std::shared_ptr<VertexBuffer> Device::createVertexBuffer(std::size_t bytes, std:
   if (bytes == 0 || bytes > std::numeric_limits<std::uint32_t>::max())
     invalidCall("vertex buffer of " + number(bytes) + " bytes");
   if (vertexFormat != 0) vertexSize(vertexFormat);
-  return std::make_shared<VertexBuffer>(impl_->backEnd, bytes, vertexFormat);
+  return std::make_shared<VertexBuffer>(impl_->backEnd, bytes, vertexFormat, impl_->watch);
 }
 
 void Device::setStreamSource(std::uint32_t stream, std::shared_ptr<VertexBuffer> buffer, std::uint32_t stride) {

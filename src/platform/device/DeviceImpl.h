@@ -5,10 +5,12 @@
 #include "platform/device/CallNote.h"
 #include "platform/device/Device.h"
 #include "platform/device/StateValues.h"
+#include "platform/device/Watch.h"
 
 #include <array>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace ql::device {
@@ -16,6 +18,7 @@ namespace ql::device {
 /// The colour target of the device; surfaces that hosts hold outlive it.
 struct BackBuffer {
   std::shared_ptr<BackEnd> backEnd;
+  std::shared_ptr<Watch> watch;
   TargetId id = TargetId::None;  ///< none after a reset or after the device's end
   std::uint32_t width = 0, height = 0;
   Format format = Format::Unknown;
@@ -30,7 +33,7 @@ struct Device::Impl {
   std::shared_ptr<BackEnd> backEnd;
   DeviceType type = DeviceType::Reference;
   PresentParameters parameters;
-  CallSink* sink = nullptr;
+  std::shared_ptr<Watch> watch = std::make_shared<Watch>();
 
   std::shared_ptr<BackBuffer> backBuffer;
   TargetId target = TargetId::None;  ///< where drawing goes
@@ -51,7 +54,7 @@ struct Device::Impl {
   /// Tells the sink of a call; nothing is gathered when there is none.
   template <class... Values>
   void note(std::string_view name, const Values&... given) const {
-    noteCall(sink, name, given...);
+    noteCall(watch->sink, name, given...);
   }
 
   /// Replaces a part of the state and counts a new version when its bytes differ.
@@ -66,6 +69,10 @@ struct Device::Impl {
 
   void makeBackBuffer(const PresentParameters& wanted);
   void directTo(TargetId id, std::uint32_t width, std::uint32_t height);
+  TargetId keepTarget(TargetId id, const Watch::Target& made) const;
+  void tellDevice(std::string_view effect, CallSink* to) const;
+  void tellResources(CallSink& sink) const;
+  void tellStates(CallSink& sink) const;
   void draw(PrimitiveType primitive, std::uint32_t primitiveCount, DrawPacket& packet);
 };
 

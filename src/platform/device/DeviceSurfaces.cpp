@@ -15,6 +15,7 @@ class BackBufferSurface final : public Surface {
   std::vector<std::byte> read(PixelRect rect) override { return alive().backEnd->readPixels(buffer_->id, rect); }
   void write(PixelRect rect, std::span<const std::byte> pixels) override {
     alive().backEnd->writePixels(buffer_->id, rect, pixels);
+    buffer_->watch->effect("TargetWritten", TargetId::None, rect.x, rect.y, rect.width, rect.height, pixels);
   }
 
  private:
@@ -119,8 +120,8 @@ std::shared_ptr<Texture> Device::createTexture(std::uint32_t width, std::uint32_
   if (target && !isTargetFormat(format)) invalidCall("no render target has the format " + number(format));
   if (target && pool != Pool::Default) invalidCall("render targets belong in the default pool");
   if (static_cast<std::uint32_t>(pool) > 2) invalidCall("no pool " + number(pool));
-  return std::make_shared<Texture>(impl_->backEnd,
-                                   TextureDescription{width, height, levels == 0 ? full : levels, format, target});
+  return std::make_shared<Texture>(
+      impl_->backEnd, TextureDescription{width, height, levels == 0 ? full : levels, format, target}, impl_->watch);
 }
 
 }  // namespace ql::device

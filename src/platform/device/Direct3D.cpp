@@ -101,7 +101,10 @@ std::shared_ptr<Device> Direct3D::createDevice(std::uint32_t adapter, DeviceType
   if (hardware && !(backEnd->capabilities().deviceFlags & kCapsHardwareTransformLight))
     invalidCall("no hardware vertex processing on this device");
   auto device = std::make_shared<Device>(std::move(backEnd), type, wanted);
-  device->setCallSink(sink_);
+  if (sink_) {
+    device->describe(*sink_);
+    device->setCallSink(sink_);
+  }
   return device;
 }
 

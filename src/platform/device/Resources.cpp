@@ -1,6 +1,7 @@
 #include "platform/device/Resources.h"
 
 #include "platform/device/DeviceError.h"
+#include "platform/device/Watch.h"
 
 #include <algorithm>
 #include <string>
@@ -68,10 +69,20 @@ void Surface::unlock() {
   if (!done.readOnly) write(done.rect, done.pixels);
 }
 
-Texture::Texture(std::shared_ptr<BackEnd> backEnd, const TextureDescription& description)
-    : backEnd_(std::move(backEnd)), description_(description), id_(backEnd_->createTexture(description)) {}
+Texture::Texture(std::shared_ptr<BackEnd> backEnd, const TextureDescription& description, std::shared_ptr<Watch> watch)
+    : backEnd_(std::move(backEnd)),
+      description_(description),
+      watch_(std::move(watch)),
+      id_(backEnd_->createTexture(description)) {
+  watch_->textures[id_] = this;
+  tellTexture(watch_->sink, id_, description_);
+}
 
-Texture::~Texture() { backEnd_->destroyTexture(id_); }
+Texture::~Texture() {
+  backEnd_->destroyTexture(id_);
+  watch_->textures.erase(id_);
+  watch_->effect("TextureDestroyed", id_);
+}
 
 SurfaceDescription Texture::levelDescription(std::uint32_t level) const {
   if (level >= description_.levels)
@@ -84,6 +95,7 @@ void Texture::writeLevel(std::uint32_t level, std::span<const std::byte> pixels)
   const SurfaceDescription size = levelDescription(level);
   requireBytes(pixels.size(), std::uint64_t{size.width} * size.height * bytesPerPixel(size.format), "texture level");
   backEnd_->uploadTexture(id_, level, pixels);
+  watch_->effect("TextureWritten", id_, level, pixels);
 }
 
 std::vector<std::byte> Texture::readLevel(std::uint32_t level) const {
@@ -97,16 +109,30 @@ std::shared_ptr<Surface> surfaceLevel(std::shared_ptr<Texture> texture, std::uin
   return std::make_shared<TextureSurface>(std::move(texture), level);
 }
 
-VertexBuffer::VertexBuffer(std::shared_ptr<BackEnd> backEnd, std::size_t bytes, std::uint32_t vertexFormat)
-    : backEnd_(std::move(backEnd)), size_(bytes), vertexFormat_(vertexFormat), id_(backEnd_->createBuffer(bytes)) {}
+VertexBuffer::VertexBuffer(std::shared_ptr<BackEnd> backEnd, std::size_t bytes, std::uint32_t vertexFormat,
+                           std::shared_ptr<Watch> watch)
+    : backEnd_(std::move(backEnd)),
+      size_(bytes),
+      vertexFormat_(vertexFormat),
+      watch_(std::move(watch)),
+      id_(backEnd_->createBuffer(bytes)) {
+  watch_->buffers[id_] = this;
+  watch_->effect("BufferCreated", id_, size_, vertexFormat_);
+}
 
-VertexBuffer::~VertexBuffer() { backEnd_->destroyBuffer(id_); }
+VertexBuffer::~VertexBuffer() {
+  backEnd_->destroyBuffer(id_);
+  watch_->buffers.erase(id_);
+  watch_->effect("BufferDestroyed", id_);
+}
 
 void VertexBuffer::write(std::size_t offset, std::span<const std::byte> bytes) {
   if (offset > size_ || bytes.size() > size_ - offset)
     throw DeviceError(kErrorInvalidCall, std::to_string(bytes.size()) + " bytes at " + std::to_string(offset) +
                                              " of a vertex buffer of " + std::to_string(size_));
-  if (!bytes.empty()) backEnd_->uploadBuffer(id_, offset, bytes);
+  if (bytes.empty()) return;
+  backEnd_->uploadBuffer(id_, offset, bytes);
+  watch_->effect("BufferWritten", id_, offset, bytes);
 }
 
 }  // namespace ql::device

@@ -14,6 +14,7 @@
 namespace ql::device {
 
 class Device;
+struct Watch;
 
 /// Bytes of one pixel of a format. @throws DeviceError invalid call for formats that no surface has
 std::uint32_t bytesPerPixel(Format format);
@@ -74,7 +75,8 @@ class Surface {
 /// A texture with its mip levels. Pixels live in the back end; reading a level gives back what was written.
 class Texture {
  public:
-  Texture(std::shared_ptr<BackEnd> backEnd, const TextureDescription& description);
+  /// @param watch of the device that makes it
+  Texture(std::shared_ptr<BackEnd> backEnd, const TextureDescription& description, std::shared_ptr<Watch> watch);
   ~Texture();
   Texture(const Texture&) = delete;
   Texture& operator=(const Texture&) = delete;
@@ -92,6 +94,7 @@ class Texture {
  private:
   std::shared_ptr<BackEnd> backEnd_;
   TextureDescription description_;
+  std::shared_ptr<Watch> watch_;
   TextureId id_;
 };
 
@@ -101,7 +104,8 @@ std::shared_ptr<Surface> surfaceLevel(std::shared_ptr<Texture> texture, std::uin
 /// Vertices in the device's memory.
 class VertexBuffer {
  public:
-  VertexBuffer(std::shared_ptr<BackEnd> backEnd, std::size_t bytes, std::uint32_t vertexFormat);
+  VertexBuffer(std::shared_ptr<BackEnd> backEnd, std::size_t bytes, std::uint32_t vertexFormat,
+               std::shared_ptr<Watch> watch);
   ~VertexBuffer();
   VertexBuffer(const VertexBuffer&) = delete;
   VertexBuffer& operator=(const VertexBuffer&) = delete;
@@ -117,6 +121,7 @@ class VertexBuffer {
   std::shared_ptr<BackEnd> backEnd_;
   std::size_t size_;
   std::uint32_t vertexFormat_;
+  std::shared_ptr<Watch> watch_;
   BufferId id_;
 };
 

@@ -98,6 +98,10 @@ class OpenGLBackEnd final : public device::BackEnd {
     gpu_->painter.finish();
     gpu_->painter.uploadBuffer(gpu_->buffers.at(buffer).name(), offset, bytes);
   }
+  std::vector<std::byte> readBuffer(BufferId buffer) override {
+    const CurrentContext current(*context_);
+    return gpu_->painter.readBuffer(gpu_->buffers.at(buffer).name());
+  }
 
   void draw(const device::DrawPacket& packet) override {
     ++statistics_.drawCalls;

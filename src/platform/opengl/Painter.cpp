@@ -74,6 +74,15 @@ void Painter::uploadBuffer(GLuint buffer, std::size_t offset, std::span<const st
                   bytes.data());
 }
 
+std::vector<std::byte> Painter::readBuffer(GLuint buffer) {
+  GLint size = 0;
+  glBindBuffer(GL_COPY_READ_BUFFER, buffer);
+  glGetBufferParameteriv(GL_COPY_READ_BUFFER, GL_BUFFER_SIZE, &size);
+  std::vector<std::byte> bytes(static_cast<std::size_t>(size));
+  glGetBufferSubData(GL_COPY_READ_BUFFER, 0, size, bytes.data());
+  return bytes;
+}
+
 void Painter::applyUniforms(const DrawState& state) {
   if (sentUniforms_ != state.uniforms) {
     const std::size_t at =

@@ -44,6 +44,7 @@ class Painter {
 
   GlBuffer makeBuffer(std::size_t bytes);
   void uploadBuffer(GLuint buffer, std::size_t offset, std::span<const std::byte> bytes);
+  static std::vector<std::byte> readBuffer(GLuint buffer);
   void forgetBuffer(GLuint buffer) { arrays_.forget(buffer); }
 
  private:

@@ -25,6 +25,7 @@ class NullBackEnd : public device::BackEnd {
   device::BufferId createBuffer(std::size_t bytes) override;
   void destroyBuffer(device::BufferId buffer) override;
   void uploadBuffer(device::BufferId buffer, std::size_t offset, std::span<const std::byte> bytes) override;
+  std::vector<std::byte> readBuffer(device::BufferId buffer) override { return buffers_.at(buffer); }
   void draw(const device::DrawPacket& packet) override;
   void clear(device::TargetId target, std::span<const device::PixelRect> rects, std::uint32_t flags,
              std::uint32_t color, float z) override;

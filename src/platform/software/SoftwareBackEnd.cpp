@@ -66,6 +66,7 @@ class SoftwareBackEnd final : public device::BackEnd {
     if (buffer.use_count() > 1) buffer = std::make_shared<std::vector<std::byte>>(*buffer);
     std::ranges::copy(bytes, buffer->begin() + static_cast<std::ptrdiff_t>(offset));
   }
+  std::vector<std::byte> readBuffer(BufferId id) override { return *buffers_.at(id); }
 
   void draw(const device::DrawPacket& packet) override;
   void clear(TargetId target, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,

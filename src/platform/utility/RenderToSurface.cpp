@@ -34,12 +34,12 @@ struct RenderToSurface::Impl {
     } catch (const device::DeviceError&) {
       // The scene was ended behind our back; the targets go all the same.
     }
-    if (own != TargetId::None) backEnd->destroyTarget(own);
+    if (own != TargetId::None) device.destroyTarget(own);
     dropDirect();
   }
 
   void dropDirect() {
-    if (direct != TargetId::None) backEnd->destroyTarget(direct);
+    if (direct != TargetId::None) device.destroyTarget(direct);
     direct = TargetId::None;
     directTexture = nullptr;
   }
@@ -49,17 +49,17 @@ struct RenderToSurface::Impl {
     if (description.renderTarget && description.format == size.format) {
       if (direct == TargetId::None || directTexture != to || directLevel != at) {
         dropDirect();
-        direct = backEnd->createTextureTarget(to->id(), at);
+        direct = device.createTextureTarget(to, at);
         directTexture = to;
         directLevel = at;
       }
       return direct;
     }
-    if (own == TargetId::None) own = backEnd->createTarget(size.width, size.height, size.format);
+    if (own == TargetId::None) own = device.createTarget(size.width, size.height, size.format);
     const images::Image before =
         imageFromPixels(to->readLevel(at), std::uint64_t{size.width} * device::bytesPerPixel(description.format),
                         to->levelDescription(at));
-    backEnd->writePixels(own, {0, 0, size.width, size.height}, pixelsFromImage(before, size.format));
+    device.writeTarget(own, pixelsFromImage(before, size.format));
     texture = to;
     level = at;
     return own;
