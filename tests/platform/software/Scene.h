@@ -8,10 +8,12 @@
 #include "platform/software/SoftwareBackEnd.h"
 
 #include <bit>
+#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <span>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -36,11 +38,18 @@ std::uint32_t code(E value) {
   return static_cast<std::uint32_t>(value);
 }
 
+/// The code that tests draw with: the best of the machine, or the one that the environment asks for, so that all tests
+/// can be repeated with another.
+inline software::Kernels testedKernels() {
+  const char* wanted = std::getenv("QL_TEST_KERNELS");
+  return wanted && std::string_view(wanted) == "portable" ? software::Kernels::Portable : software::Kernels::Auto;
+}
+
 class Scene {
  public:
   Scene(std::uint32_t width, std::uint32_t height, device::Format format = device::Format::A8R8G8B8,
-        unsigned threads = 2)
-      : Scene(software::createBackEnd({threads}), width, height, format) {}
+        unsigned threads = 2, software::Kernels kernels = testedKernels())
+      : Scene(software::createBackEnd({threads, kernels}), width, height, format) {}
   Scene(std::shared_ptr<device::BackEnd> drawsWith, std::uint32_t width, std::uint32_t height,
         device::Format format = device::Format::A8R8G8B8)
       : backEnd(std::move(drawsWith)), width_(width), height_(height), format_(format) {
