@@ -68,6 +68,13 @@ class QUASARLENS3D_API Quasarlens8 : public Detail::Handle<Detail::EngineObject>
   void SetEngineMode(std::int32_t width, std::int32_t height, std::int32_t BPP, Boolean Hardware,
                      std::int16_t Adapter = 0);
 
+  /// Shows the driver dialog and waits until the user closes it: adapter, device kind, full-screen video mode and
+  /// hardware vertex processing. OK stores the choice in the user's settings, in force from the next Initialize;
+  /// everything else leaves them as they were. Logged.
+  /// @return true when it was closed by OK; false, with a line in the log, when there is no display
+  /// @throws Error 5 when the stored adapter or device kind does not exist on this machine
+  Boolean ShowDriverDialog();
+
   /// Starts a frame: clears colour (Scene8.SetSceneBackGround) and depth, loads the view and begins the scene.
   /// @throws Error 91 before Initialize, or with the device's code
   void Clear();

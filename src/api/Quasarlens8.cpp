@@ -64,6 +64,10 @@ void Quasarlens8::SetEngineMode(std::int32_t width, std::int32_t height, std::in
   call(*this, [&](EngineObject& self) { engine::setEngineMode(*self.context, width, height, BPP, Hardware, Adapter); });
 }
 
+Boolean Quasarlens8::ShowDriverDialog() {
+  return call(*this, [](EngineObject& self) { return engine::showDriverDialog(*self.context); });
+}
+
 void Quasarlens8::Clear() {
   call(*this, [](EngineObject& self) { engine::clear(*self.context); });
 }

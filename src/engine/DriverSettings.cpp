@@ -12,7 +12,8 @@ namespace ql::engine {
 namespace {
 
 constexpr std::string_view kDirect3D = "Direct3D", kWidth = "Width", kHeight = "Height", kFormat = "Format",
-                           kAdapter = "Adapter", kHardwareTransform = "T&L", kTrue = "True", kFalse = "False";
+                           kAdapter = "Adapter", kHardwareTransform = "T&L", kVideoMode = "VideoMode", kTrue = "True",
+                           kFalse = "False";
 
 std::int32_t number(const host::Settings& settings, std::string_view key, std::string_view fallback) {
   constexpr double kLowest = std::numeric_limits<std::int32_t>::min(),
@@ -30,6 +31,24 @@ DriverSettings readDriverSettings(const host::Settings& settings) {
           .format = static_cast<device::Format>(number(settings, kFormat, "23")),
           .adapter = static_cast<std::uint32_t>(number(settings, kAdapter, "0")),
           .hardwareTransform = host::equalIgnoringCase(settings.get(kHardwareTransform, kFalse), kTrue)};
+}
+
+DriverChoice readDriverChoice(const host::Settings& settings) {
+  return {.adapter = number(settings, kAdapter, "0"),
+          .modeNumber = number(settings, kVideoMode, "1"),
+          .deviceKind = number(settings, kDirect3D, "0"),
+          .hardwareTransform = host::equalIgnoringCase(settings.get(kHardwareTransform, kTrue), kTrue),
+          .mode = {}};
+}
+
+void storeDriverChoice(host::Settings& settings, const DriverChoice& choice) {
+  settings.set(kVideoMode, std::to_string(choice.modeNumber));
+  settings.set(kDirect3D, std::to_string(choice.deviceKind));
+  settings.set(kAdapter, std::to_string(choice.adapter));
+  settings.set(kHardwareTransform, choice.hardwareTransform ? kTrue : kFalse);
+  settings.set(kWidth, std::to_string(choice.mode.width));
+  settings.set(kHeight, std::to_string(choice.mode.height));
+  settings.set(kFormat, std::to_string(choice.mode.format));
 }
 
 void setEngineMode(EngineContext& context, std::int32_t width, std::int32_t height, std::int32_t bitsPerPixel,

@@ -31,6 +31,9 @@ device::Window& internalWindow(EngineContext& context);
 /// Stores the mode that the next initialize takes. @param bitsPerPixel 32, else 16 is meant
 void setEngineMode(EngineContext& context, std::int32_t width, std::int32_t height, std::int32_t bitsPerPixel,
                    bool hardware, std::int16_t adapter);
+/// Lets the user choose what the next initialize takes. @return whether the dialog was closed by OK; false, with a line
+/// in the log, without a display @throws EngineError 5 when the stored adapter or device kind does not exist
+bool showDriverDialog(EngineContext& context);
 /// Whether the next initialize asks for hardware vertex processing.
 void enableHardwareTransform(EngineContext& context, bool on);
 

@@ -2,6 +2,8 @@
 /// What the device layer needs of the window system: display adapters, their modes, and windows to present in.
 #pragma once
 
+#include "platform/device/Form.h"
+
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -61,6 +63,8 @@ class Display {
   virtual void pump() = 0;
   /// A modal message with the critical icon; standard error when nothing can be shown.
   virtual void messageBox(const std::string& title, const std::string& text) = 0;
+  /// Shows a form until it hides itself. @return false when nothing can be shown; what the form throws passes through
+  virtual bool showForm(Form&) { return false; }
 };
 
 }  // namespace ql::device

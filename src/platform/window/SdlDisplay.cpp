@@ -1,7 +1,9 @@
 #include "platform/window/SdlDisplay.h"
 
+#include "platform/dialog/FormWindow.h"
 #include "platform/host/Files.h"
 #include "platform/host/MessageBox.h"
+#include "platform/window/DisplayScale.h"
 #include "platform/window/HostWindow.h"
 #include "platform/window/ModeList.h"
 #include "platform/window/SdlWindow.h"
@@ -56,5 +58,7 @@ void SdlDisplay::messageBox(const std::string& title, const std::string& text) {
                                nullptr) != 0)
     host::messageToStandardError(title, text);
 }
+
+bool SdlDisplay::showForm(device::Form& form) { return dialog::showForm(form, displayScale(0), video_->hostUsesSdl()); }
 
 }  // namespace ql::window

@@ -23,6 +23,7 @@ class SdlDisplay final : public device::Display {
   std::shared_ptr<device::Window> adoptWindow(std::intptr_t handle) override;
   void pump() override { video_->pump(); }
   void messageBox(const std::string& title, const std::string& text) override;
+  bool showForm(device::Form& form) override;
 
  private:
   std::shared_ptr<SdlVideo> video_;

@@ -19,6 +19,7 @@ class SdlVideo {
   /// Takes in what the window system has to say. Windows learn it from their event watches; the queue is emptied,
   /// unless it belongs to a host that used SDL before us.
   void pump() const;
+  bool hostUsesSdl() const { return hostUsesSdl_; }
 
  private:
   explicit SdlVideo(bool hostUsesSdl) : hostUsesSdl_(hostUsesSdl) {}
