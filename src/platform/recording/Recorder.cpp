@@ -1,35 +1,11 @@
 #include "platform/recording/Recorder.h"
 
 #include "platform/recording/NullBackEnd.h"
+#include "platform/recording/Numbers.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <type_traits>
-#include <utility>
 
 namespace ql::recording {
-namespace {
-
-template <class T>
-std::string digits(T value, int base = 10) {
-  std::array<char, 72> text;
-  std::to_chars_result end{};
-  if constexpr (std::is_floating_point_v<T>)
-    end = std::to_chars(text.data(), text.data() + text.size(), value);
-  else
-    end = std::to_chars(text.data(), text.data() + text.size(), value, base);
-  return {text.data(), end.ptr};
-}
-
-// FNV-1a, 64 bits: tells contents apart in a line of text.
-std::uint64_t hash(std::span<const std::byte> bytes) {
-  std::uint64_t h = 0xCBF29CE484222325u;
-  for (const std::byte b : bytes) h = (h ^ std::to_integer<std::uint64_t>(b)) * 0x100000001B3u;
-  return h;
-}
-
-}  // namespace
 
 std::string Recorder::Call::line() const {
   std::string text = name + "(";
@@ -52,8 +28,7 @@ void Recorder::call(std::string_view name, std::span<const device::CallValue> va
       made.values.push_back('"' + std::string(*word) + '"');
     } else {
       const auto bytes = std::get<std::span<const std::byte>>(value);
-      std::string& text = made.values.emplace_back(1, '#');
-      text.append(digits(bytes.size())).append(1, ':').append(digits(hash(bytes), 16));
+      made.values.push_back(mark(bytes));
       made.blobs.emplace_back(bytes.begin(), bytes.end());
     }
   }
