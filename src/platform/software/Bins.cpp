@@ -74,7 +74,7 @@ class Binner {
       if (pipeline_->fill == device::FillMode::Wireframe)
         line(whole.corners[i], whole.corners[next], codes[i] | codes[next], true);
       else if (!(codes[i] & outcode::kClip))
-        point(whole.corners[i]);
+        point(whole.corners[i], false);
     }
   }
 
@@ -110,19 +110,32 @@ class Binner {
 
   void point(std::uint32_t vertex) {
     if (recordOutcode(draw_->record(vertex)) & (outcode::kClip | outcode::kNotFinite)) return;
-    point(readVertex(*pipeline_, draw_->vertex(vertex)));
+    point(readVertex(*pipeline_, draw_->vertex(vertex)), pipeline_->sprites);
   }
 
-  void point(const ClipVertex& v) {
+  void point(ClipVertex v, bool sprite) {
     const std::int32_t half = roundToInt(v.pointSize * 128.0f);
     std::size_t corner[4];
     for (int i = 0; i < 4; ++i) {
+      const bool right = i == 1 || i == 2, lower = i >= 2;
+      if (sprite) placeCorner(v, right ? 1.0f : 0.0f, lower ? 1.0f : 0.0f);
       corner[i] = add(v);
-      move(corner[i], kRecordX, i == 1 || i == 2 ? half : -half);
-      move(corner[i], kRecordY, i >= 2 ? half : -half);
+      move(corner[i], kRecordX, right ? half : -half);
+      move(corner[i], kRecordY, lower ? half : -half);
     }
     extra(corner[0], corner[1], corner[2]);
     extra(corner[0], corner[2], corner[3]);
+  }
+
+  // Gives a corner of a sprite its place in every texture.
+  void placeCorner(ClipVertex& v, float across, float down) const {
+    const Attributes& a = pipeline_->attributes;
+    for (std::size_t i = 0; i < device::kStages; ++i) {
+      if (a.uv[i] < 0) continue;
+      v.attributes[static_cast<std::size_t>(a.uv[i] - 2)] = across;
+      v.attributes[static_cast<std::size_t>(a.uv[i] - 1)] = down;
+      if (a.divisor[i] != kAttributeQ) v.attributes[static_cast<std::size_t>(a.divisor[i] - 2)] = 1;
+    }
   }
 
   void copyColors(const ClipVertex& from, ClipVertex& to) const {

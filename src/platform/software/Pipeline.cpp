@@ -37,7 +37,10 @@ VertexLayout layoutOf(const device::DrawPacket& packet) {
   VertexLayout out;
   out.transformed = (code & fvf::kXyzRhw) != 0;
   std::int32_t offset = out.transformed ? 16 : 12;
-  if (code & fvf::kNormal) offset += 12;
+  if (code & fvf::kNormal) {
+    out.normal = offset;
+    offset += 12;
+  }
   const auto word = [&](std::uint32_t flag, std::int32_t& place) {
     if (!(code & flag)) return;
     place = offset;
@@ -48,8 +51,6 @@ VertexLayout layoutOf(const device::DrawPacket& packet) {
   word(fvf::kSpecular, out.specular);
   const std::uint32_t sets = (code & fvf::kTextureCountMask) >> fvf::kTextureCountShift;
   for (std::size_t stage = 0; stage < device::kStages; ++stage) {
-    // The high half would ask for generated coordinates (camera space normal, position, reflection): not done yet, nor
-    // are texture transforms; the set itself is used.
     const std::uint32_t set = packet.state->stages[stage].texCoordIndex & 0xFFFF;
     if (set < sets) out.coordinates[stage] = offset + static_cast<std::int32_t>(set) * 8;
   }
@@ -195,7 +196,7 @@ void chooseTexturing(Pipeline& p) {
            ((isTexture(args[1]) && isDiffuse(args[2])) || (isTexture(args[2]) && isDiffuse(args[1])));
   };
   // Without vertex colours, modulating multiplies by white.
-  const bool white = p.layout.diffuse < 0;
+  const bool white = !p.hasDiffuse();
   const bool color = selects(s.colorOp, s.colorArgs) || (white && modulates(s.colorOp, s.colorArgs));
   const bool alpha = selects(s.alphaOp, s.alphaArgs) || (white && modulates(s.alphaOp, s.alphaArgs));
   if (color && alpha)
@@ -229,12 +230,50 @@ void placeAttributes(Pipeline& p) {
     // The first stage's current colour is the diffuse one.
     diffuse |= i == 0 || reads(stage, TextureArg::Diffuse);
     specular |= reads(stage, TextureArg::Specular);
-    if (stage.samples) place(a.uv[static_cast<std::size_t>(i)], 2);
+    if (!stage.samples) continue;
+    const auto at = static_cast<std::size_t>(i);
+    place(a.uv[at], 2);
+    if (p.coordinates[at].projected) place(a.divisor[at], 1);
   }
   if (p.texturing == Texturing::Replace) diffuse = false;
-  if (diffuse && p.layout.diffuse >= 0) place(a.diffuse, 4);
-  if (specular && p.layout.specular >= 0) place(a.specular, 4);
+  if (diffuse && p.hasDiffuse()) place(a.diffuse, 4);
+  if (specular && p.hasSpecular()) place(a.specular, 4);
   if (p.fog.source == FogSource::Vertex) place(a.fog, 1);
+}
+
+PointSize pointSizeOf(const device::State& state, bool onScreen) {
+  constexpr float kLargest = 64;
+  const device::RenderStates& r = state.render;
+  PointSize out;
+  out.size = floatOf(r.pointSize);
+  out.least = std::clamp(floatOf(r.pointSizeMin), 0.0f, kLargest);
+  out.most = std::clamp(floatOf(r.pointSizeMax), out.least, kLargest);
+  out.scales = r.pointScaleEnable != 0 && !onScreen;
+  out.height = static_cast<float>(state.viewport.height);
+  out.a = floatOf(r.pointScaleA);
+  out.b = floatOf(r.pointScaleB);
+  out.c = floatOf(r.pointScaleC);
+  return out;
+}
+
+// After the attributes have their places: what nothing reads is not computed.
+void decideCameraSpace(Pipeline& p, const device::RenderStates& r) {
+  if (p.layout.transformed) return;
+  CameraSpace& c = p.camera;
+  const bool lit = p.lighting.enabled && (p.attributes.diffuse >= 0 || p.attributes.specular >= 0);
+  c.normal = lit;
+  c.toEye = p.lighting.specular && p.attributes.specular >= 0;
+  c.position = lit || p.point.scales || (p.attributes.fog >= 0 && p.fog.mode != device::FogMode::None);
+  for (const CoordinateSource& source : p.coordinates) {
+    using Kind = CoordinateSource::Kind;
+    c.position |= source.kind == Kind::Position;
+    c.normal |= source.kind == Kind::Normal || source.kind == Kind::Reflection;
+    c.toEye |= source.kind == Kind::Reflection;
+  }
+  c.position |= c.toEye;
+  c.localViewer = r.localViewer != 0;
+  c.normalizes = r.normalizeNormals != 0;
+  if (c.normal) c.normalMatrix = math::transpose(math::inverse(c.view));
 }
 
 void decodeBlend(Pipeline& p, const device::RenderStates& r) {
@@ -268,24 +307,21 @@ Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
   const math::Viewport& v = state.viewport;
   Pipeline p;
   p.layout = layoutOf(packet);
-  p.view = math::multiply(state.world, state.view);
-  p.clip = math::multiply(p.view, state.projection);
+  p.camera.view = math::multiply(state.world, state.view);
+  p.clip = math::multiply(p.camera.view, state.projection);
   p.screen = screenOf(v, target, r.zBias, p.layout.transformed);
   p.scissor = intersect({v.x, v.y, sum(v.x, v.width), sum(v.y, v.height)}, {0, 0, target.width(), target.height()});
   p.fill = enumerator(r.fillMode, device::FillMode::Point, device::FillMode::Solid, device::FillMode::Solid);
   p.cull = enumerator(r.cullMode, device::CullMode::None, device::CullMode::CounterClockwise, device::CullMode::None);
   p.flat = r.shadeMode == static_cast<std::uint32_t>(device::ShadeMode::Flat);
   p.lastPixel = r.lastPixel != 0;
-  // Points are squares of their size. Sprites (texture coordinates across the point) and scaling by distance are not
-  // done yet: r.pointSpriteEnable, r.pointScaleEnable.
-  p.pointSizeMin = std::clamp(floatOf(r.pointSizeMin), 0.0f, 64.0f);
-  p.pointSizeMax = std::clamp(floatOf(r.pointSizeMax), p.pointSizeMin, 64.0f);
-  p.pointSize = floatOf(r.pointSize);
-
-  // Lighting is not done yet: with r.lighting on, vertices keep their own colours as if it were off. Stencil states are
-  // ignored: no target has a stencil buffer.
+  p.point = pointSizeOf(state, p.layout.transformed);
+  p.sprites = r.pointSpriteEnable != 0;
+  // Stencil states are ignored: no target has a stencil buffer.
+  if (r.lighting != 0 && !p.layout.transformed)
+    p.lighting = lightingOf(state, p.layout.diffuse >= 0, p.layout.specular >= 0);
   p.textureFactor = r.textureFactor;
-  p.specularAdd = r.specularEnable != 0 && p.layout.specular >= 0;
+  p.specularAdd = r.specularEnable != 0 && p.hasSpecular();
   p.fog = fogOf(r, p.layout.transformed);
   for (std::size_t i = 0; i < device::kStages; ++i) {
     const device::StageStates& s = state.stages[i];
@@ -293,7 +329,9 @@ Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
     if (stage.colorOp == TextureOp::Disable) break;
     p.stages[i] = stage;
     p.stageCount = static_cast<int>(i) + 1;
-    if (stage.samples) p.samplers[i] = samplerOf(s, *textures[i]);
+    if (!stage.samples) continue;
+    p.samplers[i] = samplerOf(s, *textures[i]);
+    p.coordinates[i] = coordinateSourceOf(state, i, p.layout.transformed, p.layout.coordinates[i] >= 0);
   }
   p.depthTest = r.zEnable != 0;
   p.depthFunction = enumerator(r.zFunc, Compare::Never, Compare::Always, Compare::LessEqual);
@@ -307,6 +345,7 @@ Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
   chooseTexturing(p);
   chooseBlending(p);
   placeAttributes(p);
+  decideCameraSpace(p, r);
   return p;
 }
 

@@ -3,8 +3,10 @@
 #pragma once
 
 #include "platform/device/BackEnd.h"
+#include "platform/software/Lighting.h"
 #include "platform/software/Target.h"
 #include "platform/software/Texture.h"
+#include "platform/software/TextureCoordinates.h"
 
 #include <array>
 #include <cstdint>
@@ -44,7 +46,7 @@ struct Stage {
 /// How vertices lie in memory; offsets in bytes, -1 when absent.
 struct VertexLayout {
   bool transformed = false;
-  std::int32_t pointSize = -1, diffuse = -1, specular = -1;
+  std::int32_t normal = -1, pointSize = -1, diffuse = -1, specular = -1;
   std::array<std::int32_t, device::kStages> coordinates{-1, -1};  ///< of the set that each stage reads
 };
 
@@ -73,6 +75,22 @@ struct Fog {
   std::uint32_t color = 0;
 };
 
+/// What of a vertex is computed in camera space.
+struct CameraSpace {
+  bool position = false, normal = false, toEye = false;
+  bool normalizes = false;        ///< normals
+  bool localViewer = true;        ///< else everything is seen along the z axis
+  math::Mat4 view, normalMatrix;  ///< from model space
+};
+
+/// How large points are, in pixels, or in heights of the viewport when they shrink with the distance.
+struct PointSize {
+  float size = 1, least = 1, most = 64;
+  bool scales = false;
+  float height = 0;           ///< of the viewport, pixels
+  float a = 1, b = 0, c = 0;  ///< a point's size is divided by the root of a + b d + c d²
+};
+
 /// From clip space to the screen.
 struct ScreenTransform {
   float halfWidth = 0, halfHeight = 0, centerX = 0, centerY = 0;
@@ -96,13 +114,17 @@ struct Pipeline {
   // Vertices
   VertexLayout layout;
   Attributes attributes;
-  math::Mat4 clip, view;  ///< model to clip space and to view space
+  math::Mat4 clip;  ///< from model to clip space
+  CameraSpace camera;
+  Lighting lighting;
+  std::array<CoordinateSource, device::kStages> coordinates;
   ScreenTransform screen;
   Box scissor;  ///< the viewport inside the target: nothing is drawn outside
   device::FillMode fill = device::FillMode::Solid;
   device::CullMode cull = device::CullMode::None;
   bool flat = false, lastPixel = true;
-  float pointSize = 1, pointSizeMin = 1, pointSizeMax = 64;
+  PointSize point;
+  bool sprites = false;  ///< a point shows the whole of its textures
 
   // Pixels
   std::array<Sampler, device::kStages> samplers;
@@ -126,6 +148,9 @@ struct Pipeline {
   Blending blending = Blending::General;
   RasterFunction raster = nullptr;  ///< the code for it
 
+  /// Whether vertices have these colours, their own or lit ones.
+  bool hasDiffuse() const { return lighting.enabled || layout.diffuse >= 0; }
+  bool hasSpecular() const { return lighting.enabled || layout.specular >= 0; }
   /// Whether anything at all can be drawn.
   bool draws() const { return !scissor.empty(); }
 };

@@ -1,12 +1,9 @@
 #include "platform/software/Vertices.h"
 
-#include "math/Matrix.h"
-#include "platform/software/FogFactor.h"
 #include "platform/software/Numeric.h"
+#include "platform/software/VertexBatch.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 
 namespace ql::software {
 namespace {
@@ -14,28 +11,47 @@ namespace {
 // Nothing nearer to the eye's plane is drawn, whatever the projection says.
 constexpr float kSmallestW = 1e-8f;
 
-template <class T>
-T load(const std::byte* at) {
-  T value;
-  std::memcpy(&value, at, sizeof value);
-  return value;
+// On which outer sides of which planes vertices lie.
+void outcodes(const Pipeline& p, const VertexBatch& v, Lanes<std::uint32_t>& out) {
+  const auto outside = [&](std::uint32_t bit, auto&& is) {
+    for (int i = 0; i < kLanes; ++i) out[i] |= is(i) ? bit : 0u;
+  };
+  // One non-finite number makes the sum of products with 0 not a number.
+  for (int i = 0; i < kLanes; ++i)
+    out[i] = v.x[i] * 0 + v.y[i] * 0 + (v.z[i] * 0 + v.w[i] * 0) == 0 ? 0u : outcode::kNotFinite;
+  const auto left = static_cast<float>(p.scissor.left), top = static_cast<float>(p.scissor.top);
+  const auto right = static_cast<float>(p.scissor.right - 1), bottom = static_cast<float>(p.scissor.bottom - 1);
+  outside(outcode::kLeft, [&](int i) { return v.x[i] < left * v.w[i]; });
+  outside(outcode::kTop, [&](int i) { return v.y[i] < top * v.w[i]; });
+  outside(outcode::kRight, [&](int i) { return v.x[i] > right * v.w[i]; });
+  outside(outcode::kBottom, [&](int i) { return v.y[i] > bottom * v.w[i]; });
+  // As planeDistance has them.
+  const ScreenTransform s = p.screen;
+  outside(outcode::kBehind, [&](int i) { return v.w[i] - kSmallestW < 0; });
+  outside(outcode::kGuardLeft, [&](int i) { return v.x[i] - s.guardLeft * v.w[i] < 0; });
+  outside(outcode::kGuardTop, [&](int i) { return v.y[i] - s.guardTop * v.w[i] < 0; });
+  outside(outcode::kGuardRight, [&](int i) { return s.guardRight * v.w[i] - v.x[i] < 0; });
+  outside(outcode::kGuardBottom, [&](int i) { return s.guardBottom * v.w[i] - v.y[i] < 0; });
+  if (p.layout.transformed) return;
+  outside(outcode::kNear, [&](int i) { return v.z[i] < 0; });
+  outside(outcode::kFar, [&](int i) { return v.w[i] - v.z[i] < 0; });
 }
 
-void loadColor(const std::byte* at, float* out) {
-  const auto argb = load<std::uint32_t>(at);
-  for (int c = 0; c < 4; ++c) out[c] = static_cast<float>(argb >> (c * 8) & 255);
-}
-
-// The fog factor of a vertex, 0 (all fog) to 255.
-float vertexFog(const Pipeline& p, const math::Vec3& position, const std::byte* source) {
-  if (p.fog.mode == device::FogMode::None) {
-    if (p.layout.specular < 0) return 0;
-    return static_cast<float>(load<std::uint32_t>(source + p.layout.specular) >> 24);
+// As writeRecord does it, for all lanes; those that need clipping get some numbers.
+void divide(const Pipeline& p, VertexBatch& v, Lanes<std::int32_t>& x, Lanes<std::int32_t>& y) {
+  const ScreenTransform s = p.screen;
+  Lanes<float>&z = v.attributes[kAttributeZ], &q = v.attributes[kAttributeQ];
+  for (int i = 0; i < kLanes; ++i) q[i] = 1.0f / (v.w[i] < kSmallestW ? kSmallestW : v.w[i]);
+  for (int i = 0; i < kLanes; ++i) {
+    x[i] = roundToInt(clampTo(v.x[i] * q[i], s.guardLeft, s.guardRight) * 256.0f);
+    y[i] = roundToInt(clampTo(v.y[i] * q[i], s.guardTop, s.guardBottom) * 256.0f);
   }
-  const math::Vec4 seen = math::transform(position, p.view);
-  const float distance =
-      p.fog.range ? std::sqrt(seen.x * seen.x + seen.y * seen.y + seen.z * seen.z) : std::fabs(seen.z);
-  return fogFactor(p.fog, distance) * 255.0f;
+  for (int i = 0; i < kLanes; ++i) {
+    const float depth = depthOf(v.z[i] * q[i] * s.depthZ + s.minZ) - s.bias;
+    z[i] = depth > 0 ? depth : 0.0f;
+  }
+  for (std::int32_t k = 2; k < p.attributes.count; ++k)
+    for (int i = 0; i < kLanes; ++i) v.attributes[k][i] *= q[i];
 }
 
 }  // namespace
@@ -60,51 +76,17 @@ float planeDistance(const Pipeline& p, const ClipVertex& v, std::uint32_t bit) {
 }
 
 ClipVertex readVertex(const Pipeline& p, const std::byte* source) {
+  VertexBatch batch;
+  readBatch(p, source, 0, 1, batch);
   ClipVertex v;
-  const auto position = load<math::Vec3>(source);
-  if (p.layout.transformed) {
-    const float rhw = load<float>(source + 12);
-    v.w = rhw > 0 && std::isfinite(rhw) ? 1.0f / rhw : 1.0f;
-    v.x = position.x * v.w;
-    v.y = position.y * v.w;
-    v.z = position.z * v.w;
-  } else {
-    const math::Vec4 c = math::transform(position, p.clip);
-    v.w = c.w;
-    v.z = c.z;
-    v.x = c.x * p.screen.halfWidth + p.screen.centerX * c.w;
-    v.y = p.screen.centerY * c.w - c.y * p.screen.halfHeight;
-  }
-  const Attributes& a = p.attributes;
-  for (std::size_t i = 0; i < device::kStages; ++i) {
-    if (a.uv[i] < 0 || p.layout.coordinates[i] < 0) continue;  // without coordinates: 0, 0
-    std::memcpy(v.attributes.data() + (a.uv[i] - 2), source + p.layout.coordinates[i], 2 * sizeof(float));
-  }
-  if (a.diffuse >= 0) loadColor(source + p.layout.diffuse, v.attributes.data() + (a.diffuse - 2));
-  if (a.specular >= 0) loadColor(source + p.layout.specular, v.attributes.data() + (a.specular - 2));
-  if (a.fog >= 0) v.attributes[static_cast<std::size_t>(a.fog - 2)] = vertexFog(p, position, source);
-  const float size = p.layout.pointSize >= 0 ? load<float>(source + p.layout.pointSize) : p.pointSize;
-  v.pointSize = clampTo(size, p.pointSizeMin, p.pointSizeMax);
+  v.x = batch.x[0];
+  v.y = batch.y[0];
+  v.z = batch.z[0];
+  v.w = batch.w[0];
+  for (std::int32_t i = 2; i < p.attributes.count; ++i)
+    v.attributes[static_cast<std::size_t>(i - 2)] = batch.attributes[i][0];
+  v.pointSize = batch.pointSize[0];
   return v;
-}
-
-std::uint32_t outcodeOf(const Pipeline& p, const ClipVertex& v) {
-  // One non-finite number makes the sum of products with 0 not a number.
-  if (!(v.x * 0 + v.y * 0 + (v.z * 0 + v.w * 0) == 0)) return outcode::kNotFinite;
-  std::uint32_t code = 0;
-  const auto outside = [&](bool is, std::uint32_t bit) { code |= is ? bit : 0; };
-  outside(v.x < static_cast<float>(p.scissor.left) * v.w, outcode::kLeft);
-  outside(v.y < static_cast<float>(p.scissor.top) * v.w, outcode::kTop);
-  outside(v.x > static_cast<float>(p.scissor.right - 1) * v.w, outcode::kRight);
-  outside(v.y > static_cast<float>(p.scissor.bottom - 1) * v.w, outcode::kBottom);
-  constexpr std::uint32_t kAlways[] = {outcode::kBehind, outcode::kGuardLeft, outcode::kGuardTop, outcode::kGuardRight,
-                                       outcode::kGuardBottom};
-  for (const std::uint32_t bit : kAlways) outside(planeDistance(p, v, bit) < 0, bit);
-  if (!p.layout.transformed) {
-    outside(v.z < 0, outcode::kNear);
-    outside(v.w - v.z < 0, outcode::kFar);
-  }
-  return code;
 }
 
 void writeRecord(const Pipeline& p, const ClipVertex& v, float* record) {
@@ -126,12 +108,23 @@ void writeRecord(const Pipeline& p, const ClipVertex& v, float* record) {
 
 void transformVertices(const Pipeline& p, const std::byte* source, std::size_t stride, std::size_t count,
                        float* records) {
-  const std::int32_t floats = p.attributes.recordFloats();
-  for (std::size_t i = 0; i < count; ++i, source += stride, records += floats) {
-    const ClipVertex v = readVertex(p, source);
-    const std::uint32_t code = outcodeOf(p, v);
-    if (!(code & (outcode::kClip | outcode::kNotFinite))) writeRecord(p, v, records);
-    records[kRecordOutcode] = std::bit_cast<float>(code);
+  const auto floats = static_cast<std::size_t>(p.attributes.recordFloats());
+  VertexBatch batch;
+  Lanes<std::uint32_t> codes;
+  Lanes<std::int32_t> x, y;
+  for (std::size_t first = 0; first < count; first += kLanes) {
+    const std::size_t lanes = std::min<std::size_t>(kLanes, count - first);
+    readBatch(p, source + first * stride, stride, lanes, batch);
+    outcodes(p, batch, codes);
+    divide(p, batch, x, y);
+    for (std::size_t lane = 0; lane < lanes; ++lane, records += floats) {
+      const auto i = static_cast<int>(lane);
+      records[kRecordX] = std::bit_cast<float>(x[i]);
+      records[kRecordY] = std::bit_cast<float>(y[i]);
+      records[kRecordOutcode] = std::bit_cast<float>(codes[i]);
+      records[kRecordPointSize] = batch.pointSize[i];
+      for (std::int32_t k = 0; k < p.attributes.count; ++k) records[kRecordHead + k] = batch.attributes[k][i];
+    }
   }
 }
 

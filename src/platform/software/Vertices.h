@@ -33,12 +33,11 @@ float planeDistance(const Pipeline& pipeline, const ClipVertex& v, std::uint32_t
 
 /// Reads and transforms a vertex.
 ClipVertex readVertex(const Pipeline& pipeline, const std::byte* source);
-std::uint32_t outcodeOf(const Pipeline& pipeline, const ClipVertex& v);
 
 /// Writes the record of a vertex inside all clip planes.
 void writeRecord(const Pipeline& pipeline, const ClipVertex& v, float* record);
 
-/// Makes records of count vertices; those that must be clipped or dropped have only their outcode.
+/// Makes records of count vertices. Of those that must be clipped or dropped only the outcode means anything.
 void transformVertices(const Pipeline& pipeline, const std::byte* source, std::size_t stride, std::size_t count,
                        float* records);
 
