@@ -264,7 +264,7 @@ class Painter {
   /// Draws a block. @param covered whether all its pixels are inside @param level which of level_ holds its levels
   HWY_INLINE void block(int x, int y, bool covered, int level) {
     const float atX = static_cast<float>(x) + t_.originX, atY = static_cast<float>(y) + t_.originY;
-    using Tag = hn::CappedTag<float, 8>;
+    using Tag = hn::CappedTag<float, kAttributeStep>;
     constexpr Tag d;
     const auto dx = hn::Set(d, atX), dy = hn::Set(d, atY);
     for (std::int32_t k = 0; k < t_.attributes; k += static_cast<std::int32_t>(hn::MaxLanes(d))) {

@@ -60,6 +60,8 @@ void setUp(const Pipeline& p, const float* v0, const float* v1, const float* v2,
     t.dx[i] = d1 * y20 - d2 * y10;
     t.dy[i] = d2 * x10 - d1 * x20;
   }
+  // Vectors go on to a multiple of their width: what they read there must not be slow to calculate with.
+  for (std::int32_t i = t.attributes; i % kAttributeStep != 0; ++i) t.value[i] = t.dx[i] = t.dy[i] = 0;
   t.zMin = std::min({a0[kAttributeZ], a1[kAttributeZ], a2[kAttributeZ]});
   t.zMax = std::max({a0[kAttributeZ], a1[kAttributeZ], a2[kAttributeZ]});
 

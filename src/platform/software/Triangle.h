@@ -8,6 +8,9 @@
 
 namespace ql::software {
 
+/// Attributes that are calculated at a time.
+inline constexpr int kAttributeStep = 8;
+
 /// Edge functions and attribute planes, relative to the tile's first pixel. Pixel (x, y) has its centre at (x, y).
 struct Triangle {
   /// A pixel is inside where A x + B y + C >= 0 for all three edges. The fill rule (an edge's own pixels belong to the
@@ -18,6 +21,7 @@ struct Triangle {
   float originX, originY;       ///< the tile's first pixel seen from vertex 0
   float zMin, zMax;             ///< of the vertices: depth stays within
   std::int32_t attributes;
+  /// Followed by zeros up to a multiple of kAttributeStep.
   alignas(32) float value[kMaxAttributes];  ///< at vertex 0
   alignas(32) float dx[kMaxAttributes];     ///< change per pixel to the right
   alignas(32) float dy[kMaxAttributes];     ///< change per pixel downwards
