@@ -1,5 +1,5 @@
 // Fill rates and triangle rates of the software renderer at 1024 x 768, bilinear with mip maps. Every picture is
-// compared with the one of a single thread before it is timed.
+// compared with the one of the portable code on one thread before it is timed.
 #include "platform/software/SoftwareBackEnd.h"
 
 #include <array>
@@ -7,6 +7,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -26,7 +27,7 @@ struct Vertex {
 
 class Renderer {
  public:
-  explicit Renderer(unsigned threads) : backEnd_(software::createBackEnd({threads})) {
+  explicit Renderer(const software::Options& options) : backEnd_(software::createBackEnd(options)) {
     target_ = backEnd_->createTarget(kWidth, kHeight, device::Format::X8R8G8B8);
     state.viewport = {0, 0, kWidth, kHeight, 0, 1};
     state.render.lighting = 0;
@@ -196,20 +197,20 @@ const Scene kScenes[] = {
     {"draw_calls", [](device::State&) {}, drawCalls, 0, 4096 * 2},
 };
 
-std::vector<std::byte> picture(const Scene& scene, unsigned threads) {
-  Renderer r(threads);
+std::vector<std::byte> picture(const Scene& scene, const software::Options& options) {
+  Renderer r(options);
   scene.state(r.state);
   r.clear();
   scene.draw(r);
   return r.pixels();
 }
 
-void run(benchmark::State& state, const Scene& scene, unsigned threads) {
-  if (picture(scene, threads) != picture(scene, 1)) {
+void run(benchmark::State& state, const Scene& scene, const software::Options& options) {
+  if (picture(scene, options) != picture(scene, {1, software::Kernels::Portable})) {
     state.SkipWithError("pictures differ");
     return;
   }
-  Renderer r(threads);
+  Renderer r(options);
   scene.state(r.state);
   for (auto _ : state) {
     r.clear();
@@ -223,13 +224,21 @@ void run(benchmark::State& state, const Scene& scene, unsigned threads) {
   if (scene.triangles > 0) state.counters["Mtriangles/s"] = rate(scene.triangles);
 }
 
+// With the best code on one thread and two, and with all other code on one.
 const bool kRegistered = [] {
+  const auto add = [](const Scene& scene, const std::string& name, const software::Options& options) {
+    benchmark::RegisterBenchmark((scene.name + name + "/threads:" + std::to_string(options.threads)).c_str(),
+                                 [&scene, options](benchmark::State& s) { run(s, scene, options); })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+  };
   for (const Scene& scene : kScenes)
-    for (const unsigned threads : {1u, 2u})
-      benchmark::RegisterBenchmark((std::string(scene.name) + "/threads:" + std::to_string(threads)).c_str(),
-                                   [&scene, threads](benchmark::State& s) { run(s, scene, threads); })
-          ->Unit(benchmark::kMillisecond)
-          ->UseRealTime();
+    for (const unsigned threads : {1u, 2u}) add(scene, "", {threads});
+  for (const auto& [name, kernels] : {std::pair{"/portable", software::Kernels::Portable},
+                                      {"/sse4", software::Kernels::Sse4},
+                                      {"/avx2", software::Kernels::Avx2}})
+    for (const Scene& scene : kScenes)
+      if (software::hasKernels(kernels)) add(scene, name, {1, kernels});
   return true;
 }();
 

@@ -24,7 +24,8 @@ bool Frame::full(const Target& target) const {
 }
 
 const Pipeline* Frame::addPipeline(Pipeline&& pipeline) {
-  Pipeline& added = pipelines_.emplace_back(std::move(pipeline));
+  if (pipelineCount_ == pipelines_.size()) pipelines_.emplace_back();
+  Pipeline& added = pipelines_[pipelineCount_++] = std::move(pipeline);
   added.raster = kernels_.raster(added);
   return &added;
 }
@@ -42,7 +43,7 @@ void Frame::draw(const Pipeline* pipeline, const device::DrawPacket& packet, con
     draw.source = buffer->data() + std::size_t{packet.firstVertex} * packet.stride;
   } else {
     const std::size_t bytes = std::min(packet.vertices.size(), std::size_t{packet.vertexCount} * packet.stride);
-    std::byte* copy = copies_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(bytes)).get();
+    std::byte* copy = copies_.allocate(bytes);
     std::memcpy(copy, packet.vertices.data(), bytes);
     copiedBytes_ += bytes;
     draw.source = copy;
@@ -68,9 +69,11 @@ void Frame::flush(Target& target) {
   target.endWrite();
   draws_.clear();
   clears_.clear();
-  pipelines_.clear();
+  for (std::size_t i = 0; i < pipelineCount_; ++i)
+    for (Sampler& sampler : pipelines_[i].samplers) sampler.data.reset();
+  pipelineCount_ = 0;
   buffers_.clear();
-  copies_.clear();
+  copies_.reset();
   copiedBytes_ = recordFloats_ = 0;
   primitives_ = 0;
 }
@@ -80,29 +83,29 @@ void Frame::transform() {
     records_ = std::make_unique_for_overwrite<float[]>(recordFloats_);
     recordCapacity_ = recordFloats_;
   }
-  std::vector<Range> ranges;
+  ranges_.clear();
   std::size_t place = 0;
   for (std::size_t i = 0; i < draws_.size(); ++i) {
     Draw& draw = draws_[i];
     draw.records = records_.get() + place;
     place += std::size_t{draw.vertexCount} * static_cast<std::size_t>(draw.pipeline->attributes.recordFloats());
     for (std::uint32_t first = 0; first < draw.vertexCount; first += kRangeVertices)
-      ranges.push_back({i, first, std::min(kRangeVertices, draw.vertexCount - first)});
+      ranges_.push_back({i, first, std::min(kRangeVertices, draw.vertexCount - first)});
   }
   // Small ranges are handed out in groups of about the size of a large one.
-  std::vector<std::size_t> groups{0};
+  groups_.assign(1, 0);
   std::uint32_t grouped = 0;
-  for (std::size_t i = 0; i < ranges.size(); ++i) {
+  for (std::size_t i = 0; i < ranges_.size(); ++i) {
     if (grouped >= kRangeVertices) {
-      groups.push_back(i);
+      groups_.push_back(i);
       grouped = 0;
     }
-    grouped += ranges[i].count;
+    grouped += ranges_[i].count;
   }
-  pool_.run(static_cast<std::uint32_t>(groups.size()), [&](std::uint32_t group, unsigned) {
-    const std::size_t end = group + 1 < groups.size() ? groups[group + 1] : ranges.size();
-    for (std::size_t i = groups[group]; i < end; ++i) {
-      const Range& range = ranges[i];
+  pool_.run(static_cast<std::uint32_t>(groups_.size()), [&](std::uint32_t group, unsigned) {
+    const std::size_t end = group + 1 < groups_.size() ? groups_[group + 1] : ranges_.size();
+    for (std::size_t i = groups_[group]; i < end; ++i) {
+      const Range& range = ranges_[i];
       const Draw& draw = draws_[range.draw];
       float* records = records_.get() + (draw.record(range.first) - records_.get());
       transformVertices(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count, records);

@@ -2,6 +2,7 @@
 /// Draws and clears that wait for their target, and carrying them out.
 #pragma once
 
+#include "platform/software/Arena.h"
 #include "platform/software/Bins.h"
 #include "platform/software/Kernels.h"
 #include "platform/software/Pool.h"
@@ -29,8 +30,7 @@ class Frame {
   /// Whether so much waits that it should be carried out.
   bool full(const Target& target) const;
 
-  /// The pipeline of the last draw that waits, while nothing has been carried out since; null otherwise.
-  const Pipeline* lastPipeline() const { return pipelines_.empty() ? nullptr : &pipelines_.back(); }
+  /// Keeps a pipeline until everything is carried out.
   const Pipeline* addPipeline(Pipeline&& pipeline);
   /// @param buffer keeps the vertices when they lie in a buffer; nothing: they are copied
   void draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer);
@@ -53,17 +53,20 @@ class Frame {
   Pool pool_;
   const KernelSet& kernels_;
   std::vector<std::unique_ptr<Tile>> tiles_;  ///< one per thread
-  std::deque<Pipeline> pipelines_;
+  std::deque<Pipeline> pipelines_;            ///< the first pipelineCount_ are in use
+  std::size_t pipelineCount_ = 0;
   std::vector<Draw> draws_;
   std::vector<Clear> clears_;
-  std::vector<Bytes> buffers_;                        ///< that draws read
-  std::vector<std::unique_ptr<std::byte[]>> copies_;  ///< of vertices from memory
+  std::vector<Bytes> buffers_;  ///< that draws read
+  Arena copies_;                ///< of vertices from memory
   std::size_t copiedBytes_ = 0, recordFloats_ = 0;
   std::uint32_t primitives_ = 0;
   std::unique_ptr<float[]> records_;
   std::size_t recordCapacity_ = 0;
   std::vector<Job> jobs_;
   std::size_t jobCount_ = 0;
+  std::vector<Range> ranges_;        ///< of vertices
+  std::vector<std::size_t> groups_;  ///< first ranges of what a thread takes at a time
 };
 
 }  // namespace ql::software
