@@ -5,7 +5,6 @@
 namespace ql::opengl {
 namespace {
 
-using device::TextureArg;
 using device::TextureOp;
 
 // Colours in steps of 1/255, rounded after each operation as the reference device does, or plain numbers 0 to 1 where
