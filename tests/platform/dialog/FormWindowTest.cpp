@@ -9,11 +9,8 @@
 
 #include <SDL.h>
 #include <gmock/gmock.h>
-// Xlib's macros spoil the names of others: last.
-#include <X11/Xlib.h>
-#undef Bool
-#undef None
-#undef Status
+// Xlib comes with it: last.
+#include "support/CloseWindow.h"
 
 namespace ql::dialog {
 namespace {
@@ -22,29 +19,6 @@ using test::FakeForm;
 using test::Hands;
 using test::User;
 using testing::ElementsAre;
-
-/// Asks a window to close, as a window manager does.
-void closeWindow(const std::string& title) {
-  ::Display* server = XOpenDisplay(nullptr);
-  ASSERT_NE(server, nullptr);
-  ::Window root = 0, parent = 0, *children = nullptr;
-  unsigned count = 0;
-  XQueryTree(server, DefaultRootWindow(server), &root, &parent, &children, &count);
-  for (unsigned i = 0; i < count; ++i) {
-    char* name = nullptr;
-    if (XFetchName(server, children[i], &name) == 0) continue;
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = children[i];
-    event.xclient.message_type = XInternAtom(server, "WM_PROTOCOLS", 0);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = static_cast<long>(XInternAtom(server, "WM_DELETE_WINDOW", 0));
-    if (title == name) XSendEvent(server, children[i], 0, NoEventMask, &event);
-    XFree(name);
-  }
-  XFree(children);
-  XCloseDisplay(server);
-}
 
 TEST(FormsWithoutADisplay, AreNotShown) {
   FakeForm form;
@@ -133,7 +107,7 @@ TEST_F(FormWindows, CancelWhenClosedAndLeaveAHostsEventsAlone) {
   {
     const User user("A form for tests", [](const Hands& hands) {
       hands.act("getwindowname %w");  // it is there
-      closeWindow("A form for tests");
+      EXPECT_TRUE(test::closeWindow("A form for tests"));
     });
     EXPECT_TRUE(display->showForm(form));
   }
