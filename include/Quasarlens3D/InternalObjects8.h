@@ -6,10 +6,12 @@
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
 #include <Quasarlens3D/Texture8.h>
+#include <Quasarlens3D/Types.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace Quasarlens3D {
@@ -131,6 +133,17 @@ class QUASARLENS3D_API InternalObjects8 : public Detail::Handle<Detail::Internal
   /// Replaces the tick counter that all timing and movement follows, for tests and replays.
   /// @param Ticks returns milliseconds, never less than before; it may wrap. Empty: the system's counter again
   void SetClock(std::function<std::uint32_t()> Ticks);
+  /// Records every call of the rendering device from now on in a trace file, which `ql-trace` shows, compares and draws
+  /// again on any device. The trace starts with all textures, vertices and states that the device has already, but
+  /// knows nothing of a frame in progress: start before Quasarlens8.Initialize or between frames. It goes on over new
+  /// devices until StopTrace or the engine's end; a trace in progress is finished first.
+  /// @param FileName is replaced when it exists. Frames are on disk as soon as they are shown, so a program's crash
+  /// leaves a trace of all frames before it
+  /// @return False, with a line in the log, when the file cannot be written
+  /// @throws Error 91 without an engine object
+  Boolean StartTrace(const std::string& FileName);
+  /// Finishes the trace. @return whether all of it was written; False when there is none
+  Boolean StopTrace();
 
  private:
   friend struct Detail::Access;

@@ -1,6 +1,7 @@
 #include "api/Guard.h"
 #include "api/Pixels.h"
 #include "api/Textures.h"
+#include "engine/Tracing.h"
 #include "platform/device/Device.h"
 #include "platform/host/Clock.h"
 
@@ -104,6 +105,12 @@ void InternalObjects8::SetClock(std::function<std::uint32_t()> Ticks) {
   call(*this, [&](InternalsObject& self) {
     self.context->platform.ticks = Ticks ? std::move(Ticks) : host::TickSource(host::systemTicks);
   });
+}
+Boolean InternalObjects8::StartTrace(const std::string& FileName) {
+  return call(*this, [&](InternalsObject& self) { return Boolean(engine::startTrace(*self.context, FileName)); });
+}
+Boolean InternalObjects8::StopTrace() {
+  return call(*this, [](InternalsObject& self) { return Boolean(engine::stopTrace(*self.context)); });
 }
 
 }  // namespace Quasarlens3D

@@ -1,4 +1,5 @@
 #include "engine/Engine.h"
+#include "engine/Tracing.h"
 
 namespace ql::engine {
 namespace {
@@ -23,6 +24,7 @@ void releaseEngine(EngineContext& context) {
   for (const ReleaseStage stage : {ReleaseStage::Materials, ReleaseStage::Textures, ReleaseStage::Screen,
                                    ReleaseStage::Scene, ReleaseStage::Level, ReleaseStage::Landscape})
     ignoringErrors([&] { context.releaseSteps.run(stage); });
+  ignoringErrors([&] { stopTrace(context); });
   context.systemFont.reset();
   context.device.reset();
   context.direct3D.reset();

@@ -26,7 +26,9 @@ struct Options {
   bool noPvs = false;
   std::optional<int> fixedStep;  ///< milliseconds of engine time from frame to frame
   std::filesystem::path out = "out/walk";
-  std::optional<std::string> json;  ///< file, or "-" for standard output
+  std::optional<std::string> json;             ///< file, or "-" for standard output
+  std::optional<std::filesystem::path> trace;  ///< file for the device's calls
+  bool noPictures = false;
   bool window = false;
   Talk talk = Talk::Normal;
 };

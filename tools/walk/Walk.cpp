@@ -47,6 +47,8 @@ class Session {
     constexpr float kEngineFieldOfView = 89.99734f, kEngineFarPlane = 4096, kFarthest = 100'000;
     const float farPlane = std::clamp(levelDiagonal(place.file), kEngineFarPlane, kFarthest);
     scene_.SetViewFrustum(options.fieldOfView.value_or(kEngineFieldOfView), options.farPlane.value_or(farPlane));
+    if (options.trace && !internals_.StartTrace(options.trace->string()))
+      throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", options.trace->string()));
     startDevice(options);
     std::string base = place.base.string();
     engine_.SetSearchDirectory(base);
@@ -86,6 +88,12 @@ class Session {
             surface.ReadPixels()};
   }
 
+  /// Ends the trace, if any. @throws Failure Unreadable
+  void finish(const Options& options) {
+    if (options.trace && !internals_.StopTrace())
+      throw Failure(ExitCode::Unreadable, fmt::format("{} could not be written completely", options.trace->string()));
+  }
+
   void advance(std::uint32_t ms) { *time_ += ms; }
   bool closeRequested() const { return engine_.CloseRequested(); }
 
@@ -123,10 +131,11 @@ Flight planFlight(const fs::path& levelFile) {
   return Flight(fs::exists(path) ? readPoses(path) : playerStarts(levelFile));
 }
 
-/// Writes the last frame's picture and adds it to the sheet.
-void keepPicture(const Session& session, const fs::path& file, ContactSheet& sheet) {
+/// Writes the last frame's picture and adds it to the sheet, unless no pictures are wanted.
+void keepPicture(const Session& session, const Options& options, const std::string& name, ContactSheet& sheet) {
+  if (options.noPictures) return;
   const Picture picture = session.picture();
-  writePng(file, picture);
+  writePng(options.out / name, picture);
   sheet.add(picture);
 }
 
@@ -135,7 +144,7 @@ void drawPoses(Session& session, const Options& options, const std::vector<Pose>
   for (std::size_t i = 0; i < poses.size(); ++i) {
     session.forgetThePast(poses[i]);
     session.frame(poses[i]);
-    keepPicture(session, options.out / fmt::format("pose-{:03}.png", i), sheet);
+    keepPicture(session, options, fmt::format("pose-{:03}.png", i), sheet);
     progress.at(static_cast<int>(i + 1), static_cast<int>(poses.size()));
   }
 }
@@ -147,11 +156,11 @@ void drawFlight(Session& session, const Options& options, const Flight& flight, 
   Progress progress("flying", options.talk != Talk::Quiet);
   for (int i = 0; i < frames; ++i) {
     const Pose pose = flight.at(frames > 1 ? static_cast<double>(i) / (frames - 1) : 0);
-    const bool keep = i % every == 0;
+    const bool keep = !options.noPictures && i % every == 0;
     if (keep) session.forgetThePast(pose);
     session.frame(pose);
     session.advance(step);
-    if (keep) keepPicture(session, options.out / fmt::format("frame-{:04}.png", i), sheet);
+    if (keep) keepPicture(session, options, fmt::format("frame-{:04}.png", i), sheet);
     progress.at(i + 1, frames);
   }
 }
@@ -200,6 +209,7 @@ void run(const Options& given) {
   const std::vector<Pose> poses = options.poses ? readPoses(*options.poses) : std::vector<Pose>{};
   // The engine changes the current folder.
   options.out = fs::absolute(options.out);
+  if (options.trace) options.trace = fs::absolute(*options.trace);
   const bool jsonToOutput = options.json == "-";
   const fs::path jsonFile = options.json ? fs::absolute(*options.json) : options.out / "walk.json";
   if (options.window) {
@@ -209,7 +219,7 @@ void run(const Options& given) {
     // Pictures need no display, and none shall flash up.
     unsetenv("DISPLAY");
     unsetenv("WAYLAND_DISPLAY");
-    prepareOut(options.out);
+    if (!options.noPictures) prepareOut(options.out);
   }
 
   const Flight flight = options.poses ? Flight({}) : planFlight(place.file);
@@ -225,16 +235,17 @@ void run(const Options& given) {
       showFlight(session, options, flight);
     else
       drawFlight(session, options, flight, sheet);
+    session.finish(options);
     report = std::move(session.report);
   }
   report.level = place.name;
   if (!sheet.empty()) writePng(options.out / "contact.png", sheet.sheet());
   if (jsonToOutput)
     fmt::print("{}", report.json());
-  else if (!options.window || options.json)
+  else if (!(options.window || options.noPictures) || options.json)
     writeText(jsonFile, report.json());
   if (options.talk == Talk::Quiet || jsonToOutput) return;
-  if (!options.window) fmt::print("pictures and timings: {}\n", options.out.string());
+  if (!options.window && !options.noPictures) fmt::print("pictures and timings: {}\n", options.out.string());
   fmt::print("{}, {}x{}, {} frames: median {:.2f} ms, 95 % within {:.2f} ms; loaded in {:.0f} ms\n", report.device,
              report.width, report.height, report.frames.size(), report.quantile(0.5), report.quantile(0.95),
              report.loadMs);
