@@ -78,8 +78,6 @@ Device::Device(std::shared_ptr<BackEnd> backEnd, DeviceType type, const PresentP
   d.makeBackBuffer(completeParameters(parameters));
   d.directTo(d.backBuffer->id, d.backBuffer->width, d.backBuffer->height);
   d.state.viewport = {0, 0, static_cast<std::int32_t>(d.targetWidth), static_cast<std::int32_t>(d.targetHeight), 0, 1};
-  for (std::uint32_t i = 0; i < d.ramp.red.size(); ++i)
-    d.ramp.red[i] = d.ramp.green[i] = d.ramp.blue[i] = static_cast<std::uint16_t>(i * 257);
 }
 
 Device::~Device() {
@@ -133,9 +131,14 @@ void Device::present() {
   Impl& d = *impl_;
   d.note("Present");
   if (d.inScene) invalidCall("present inside a scene");
-  // The ramp is kept for its getter; pictures are shown without it so far.
-  d.backEnd->present(d.backBuffer->id, d.parameters.deviceWindow.get());
-  if (d.parameters.deviceWindow) d.parameters.deviceWindow->pump();
+  Window* window = d.parameters.deviceWindow.get();
+  if (window && d.gamma.changesColors()) {
+    GammaWindow corrected(*window, d.gamma);
+    d.backEnd->present(d.backBuffer->id, &corrected);
+  } else {
+    d.backEnd->present(d.backBuffer->id, window);
+  }
+  if (window) window->pump();
 }
 
 void Device::reset(const PresentParameters& parameters) {

@@ -5,6 +5,7 @@
 #include "platform/device/BackEnd.h"
 #include "platform/device/CallSink.h"
 #include "platform/device/DeviceError.h"
+#include "platform/device/Gamma.h"
 #include "platform/device/Resources.h"
 
 #include <array>
@@ -29,11 +30,6 @@ struct PresentParameters {
   bool enableAutoDepthStencil = true;
   Format autoDepthStencilFormat = Format::Unknown;  ///< Unknown still gets a depth buffer
   std::uint32_t flags = 0, fullScreenRefreshRate = 0, fullScreenPresentationInterval = 0;
-};
-
-/// The red, green and blue output values for each input value.
-struct GammaRamp {
-  std::array<std::uint16_t, 256> red{}, green{}, blue{};
 };
 
 /// One device. Every call checks its values, notes them for the sink when one is set, and throws DeviceError when it
@@ -90,7 +86,7 @@ class Device {
   /// A flexible vertex format code.
   void setVertexShader(std::uint32_t vertexFormat);
   std::uint32_t getVertexShader() const;
-  /// Output values of the display. They are kept and given back; pictures are shown without them so far.
+  /// Output values of the display: of what present shows, in full screen and in windows; targets keep their colours.
   void setGammaRamp(const GammaRamp& ramp);
   GammaRamp getGammaRamp() const;
 

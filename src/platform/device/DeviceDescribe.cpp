@@ -89,7 +89,7 @@ void Device::Impl::tellStates(CallSink& sink) const {
     if (textures[stage]) noteCall(&sink, "SetTexture", stage, textures[stage]->id());
   if (vertexFormat != 0) noteCall(&sink, "SetVertexShader", vertexFormat);
   if (stream) noteCall(&sink, "SetStreamSource", 0, stream->id(), streamStride);
-  noteCall(&sink, "SetGammaRamp", ramp);
+  noteCall(&sink, "SetGammaRamp", gamma.ramp());
   if (inScene) noteCall(&sink, "BeginScene");
 }
 

@@ -47,7 +47,7 @@ struct Device::Impl {
   std::uint32_t vertexFormat = 0, vertexBytes = 0;
   std::shared_ptr<VertexBuffer> stream;
   std::uint32_t streamStride = 0;
-  GammaRamp ramp;
+  Gamma gamma;
 
   Impl() : values(state) {}
 

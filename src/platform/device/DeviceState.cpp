@@ -132,9 +132,9 @@ std::uint32_t Device::getVertexShader() const { return impl_->vertexFormat; }
 
 void Device::setGammaRamp(const GammaRamp& ramp) {
   impl_->note("SetGammaRamp", ramp);
-  impl_->ramp = ramp;
+  impl_->gamma.setRamp(ramp);
 }
 
-GammaRamp Device::getGammaRamp() const { return impl_->ramp; }
+GammaRamp Device::getGammaRamp() const { return impl_->gamma.ramp(); }
 
 }  // namespace ql::device

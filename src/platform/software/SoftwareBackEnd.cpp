@@ -205,7 +205,6 @@ void SoftwareBackEnd::present(TargetId id, device::Window* window) {
   finish(id);
   const Target& target = *targets_.at(id);
   if (!window || !window->visible() || target.texture()) return;
-  // A gamma ramp, once the device has one, is applied to a copy here: the target keeps its colours.
   const auto width = static_cast<std::uint32_t>(target.width()), height = static_cast<std::uint32_t>(target.height());
   window->show({width, height, width, target.picture()});
 }
