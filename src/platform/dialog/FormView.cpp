@@ -73,6 +73,9 @@ FormView::FormView(const device::Form& form, FormState& state, float scale)
   style.AntiAliasedLines = style.AntiAliasedLinesUseTex = style.AntiAliasedFill = false;
 }
 
+/// The thickness of a frame, pixels; that of the focused control is double.
+int FormView::edge(bool focused) const { return static_cast<int>(scale_) * (focused ? 2 : 1); }
+
 /// Whether a press and its release both were on the last item.
 bool FormView::clicked() const { return ImGui::IsItemDeactivated() && ImGui::IsItemHovered() && !onlyCloses_; }
 
@@ -117,8 +120,7 @@ void FormView::drawList(std::size_t index) {
   const bool hovered = placeButton("list", index, box);
   if (ImGui::IsItemActivated()) action_ = [this, index] { state_.clickList(index); };
   const bool marked = state_.focused(index) || state_.openList() == index;
-  drawPanel(box, hovered ? kHovered : kField, marked ? kAccent : kEdge,
-            marked && scale_ < 2 ? 2 : static_cast<int>(scale_));
+  drawPanel(box, hovered ? kHovered : kField, marked ? kAccent : kEdge, edge(marked));
   Box text = box;
   text.width -= box.height;
   if (list.selected >= 0)
@@ -176,11 +178,7 @@ void FormView::drawCheckBox() {
   const bool focused = state_.focused(state_.checkBoxControl());
   const int side = static_cast<int>(16 * scale_);
   const Box square{box.x, box.y + (box.height - side) / 2, side, side};
-  drawPanel(square,
-            content.checked ? kAccent
-            : hovered       ? kHovered
-                            : kField,
-            focused ? kAccent : kEdge, focused && scale_ < 2 ? 2 : static_cast<int>(scale_));
+  drawPanel(square, content.checked ? kAccent : hovered ? kHovered : kField, focused ? kAccent : kEdge, edge(focused));
   if (content.checked) {
     const auto at = [&](float x, float y) {
       return ImVec2{static_cast<float>(square.x) + x * static_cast<float>(side),
@@ -211,7 +209,7 @@ void FormView::drawButton(std::size_t index) {
             ImGui::IsItemActive() ? kPressed
             : hovered             ? kHovered
                                   : kButton,
-            marked ? kAccent : kEdge, focused && scale_ < 2 ? 2 : static_cast<int>(scale_));
+            marked ? kAccent : kEdge, edge(focused));
   drawText(shownCaption(content.buttons[index]), box, 0.5f, 4 * scale_, kText);
 }
 

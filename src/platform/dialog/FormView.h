@@ -27,6 +27,7 @@ class FormView {
   void drawCheckBox();
   void drawButton(std::size_t index);
   bool clicked() const;
+  int edge(bool focused) const;
 
   const device::Form& form_;
   FormState& state_;
