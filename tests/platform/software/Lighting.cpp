@@ -270,6 +270,40 @@ TEST(Lighting, VerticesOnTheScreenAreNotLit) {
   EXPECT_EQ(scene.pixel(3, 3), 0xFF123456);
 }
 
+// A vertex gets the same bits wherever it stands among others and whoever transforms it.
+TEST(Lighting, IsTheSameForEveryGroupingAndThread) {
+  std::vector<LitPoint> points;
+  for (int copy = 0; copy < 20; ++copy)
+    for (LitPoint v : wall()) {
+      v.position.z = 0.1f + static_cast<float>(copy) * 0.03f;
+      v.diffuse = static_cast<std::uint32_t>(points.size()) * 2654435761u;
+      points.push_back(v);
+    }
+  const auto picture = [&](unsigned threads, std::size_t group) {
+    Scene scene(128, 128, device::Format::A8R8G8B8, threads);
+    device::State& s = scene.state;
+    s.render.lighting = s.render.specularEnable = s.render.pointScaleEnable = 1;
+    s.render.zFunc = code(device::Compare::Always);
+    s.render.pointSize = bitsOf(0.01f);
+    s.render.pointScaleB = bitsOf(1);
+    s.material.power = 7.5f;
+    s.lights[0] = changed(lamp(LightType::Spot), [](auto& l) { l.falloff = 2.5f; });
+    s.lights[1] = sun({1, 0, 1});
+    s.lightEnabled[0] = s.lightEnabled[1] = true;
+    for (std::size_t first = 0; first < points.size(); first += group) {
+      const auto begin = points.begin() + static_cast<std::ptrdiff_t>(first);
+      const auto count = static_cast<std::ptrdiff_t>(std::min(group, points.size() - first));
+      scene.draw(device::PrimitiveType::PointList, std::vector(begin, begin + count), kFormat);
+    }
+    return scene.pixels();
+  };
+  const std::vector<std::uint32_t> one = picture(1, points.size());
+  EXPECT_GT(std::count_if(one.begin(), one.end(), [](std::uint32_t p) { return p != 0; }), 200);
+  for (const unsigned threads : {1u, 3u})
+    for (const std::size_t group : {std::size_t{1}, std::size_t{7}, std::size_t{1000}, points.size()})
+      EXPECT_TRUE(picture(threads, group) == one) << threads << " threads, groups of " << group;
+}
+
 // Values that no one should set: no pixel may depend on a trap, a hang or undefined conversions.
 TEST(Lighting, SurvivesNumbersThatAreNone) {
   const float nan = std::nanf(""), infinite = INFINITY;
