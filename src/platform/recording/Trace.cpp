@@ -85,9 +85,12 @@ void Trace::index() {
     const auto header = reader.at<BlockHeader>(at, "trace block");
     const std::uint64_t start = at;
     at += sizeof header;
-    if (header.kind != kRecordBlock && header.kind != kBlobBlock && header.kind != kEndBlock)
+    const bool known = header.kind == kRecordBlock || header.kind == kBlobBlock || header.kind == kEndBlock;
+    if (!known || header.reserved != std::array<std::uint8_t, 3>{})
       throw FileFault(Fault::Unsupported, "trace block", start, header.kind);
-    const std::uint32_t largest = header.kind == kRecordBlock ? kMaxRecordBlock : kMaxBlob;
+    const std::uint32_t largest = header.kind == kRecordBlock ? kMaxRecordBlock
+                                  : header.kind == kBlobBlock ? kMaxBlob
+                                                              : 0;
     const std::uint64_t possible = std::min<std::uint64_t>(largest, (header.stored + 1) * kMaxInflation);
     if (header.size > possible) throw FileFault(Fault::BadSize, "trace block", start, header.size, possible);
     if (header.stored > file_.size() - at) return;
