@@ -92,10 +92,8 @@ class Painter {
     if constexpr (kTexturing != Texturing::None)
       for (std::size_t i = 0; i < stages(); ++i) {
         if (kTexturing == Texturing::General && !p_.stages[i].samples) continue;
-        perBlock_[i] = choosesLevel(p_.samplers[i]);
-        if (perBlock_[i] && !sameEverywhere(t_, p_.attributes.uv[i], p_.attributes.divisor[i])) continue;
-        perBlock_[i] = false;
-        level_[i][0] = levelAt(i, 0, 0);
+        perBlock_[i] = !chooseOnce(p_.samplers[i], t_, p_.attributes.uv[i], p_.attributes.divisor[i], level_[i][0]);
+        if (perBlock_[i]) continue;
         level_[i][1] = level_[i][2] = level_[i][3] = level_[i][0];
       }
   }
@@ -117,7 +115,7 @@ class Painter {
   }
 
  private:
-  std::size_t stages() const { return kTexturing == Texturing::General ? static_cast<std::size_t>(p_.stageCount) : 1; }
+  std::size_t stages() const { return static_cast<std::size_t>(p_.stageCount); }
   HWY_INLINE std::int32_t edge(int k, int x, int y) const { return t_.c[k] + t_.a[k] * x + t_.b[k] * y; }
   HWY_INLINE bool outside(int x, int y) const {
     return ((edge(0, x, y) + blockMax_[0]) | (edge(1, x, y) + blockMax_[1]) | (edge(2, x, y) + blockMax_[2])) < 0;
@@ -224,14 +222,24 @@ class Painter {
   HWY_INLINE Color colorAt(int i, int level) const {
     const Floats q = at(kAttributeQ, i);
     const Floats w = flatDistance_ ? number(1.0f / base_[kAttributeQ]) : hn::Div(number(1.0f), q);
+    Color out = stagesAt(i, w, level);
+    if (p_.specularAdd)
+      out = each([](Words c, Words s) HWY_ATTR { return withAlpha(limited(hn::Add(c, s)), c); }, out,
+                 vertexColor(p_.attributes.specular, 0, i, w));
+    return p_.fog.source == FogSource::None ? out : fogged(out, i, w);
+  }
+  /// The last stage's result.
+  HWY_INLINE Color stagesAt(int i, Floats w, int level) const {
     if constexpr (kTexturing == Texturing::None) {
       return vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w);
     } else if constexpr (kTexturing == Texturing::Replace) {
-      return texture(0, i, w, level);
+      const Color texel = texture(0, i, w, level);
+      return p_.second.active ? second(texel, texture(1, i, w, level)) : texel;
     } else if constexpr (kTexturing == Texturing::Modulate) {
       const Color texel = texture(0, i, w, level);
-      return each([](Words a, Words b) HWY_ATTR { return product(a, b); }, texel,
-                  vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w));
+      const Color out = each([](Words a, Words b) HWY_ATTR { return product(a, b); }, texel,
+                             vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w));
+      return p_.second.active ? second(out, texture(1, i, w, level)) : out;
     } else {
       Inputs in;
       in.diffuse = vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w);
@@ -245,12 +253,19 @@ class Painter {
           in.texture = {word(255), word(255)};
         combineStage(p_.stages[stage], in);
       }
-      Color out = in.current;
-      if (p_.specularAdd)
-        out = each([](Words c, Words s) HWY_ATTR { return withAlpha(limited(hn::Add(c, s)), c); }, out, in.specular);
-      if (p_.fog.source != FogSource::None) out = fogged(out, i, w);
-      return out;
+      return in.current;
     }
+  }
+  /// A second stage that multiplies.
+  HWY_INLINE Color second(const Color& current, const Color& texel) const {
+    const Words most = word(65025 >> p_.second.shift);
+    return each(
+        [&](Words c, Words t) HWY_ATTR {
+          const Words out = over255(hn::ShiftLeftSame(hn::Min(hn::Mul(c, t), most), p_.second.shift));
+          if (p_.second.alpha == SecondStage::Alpha::Multiply) return out;
+          return withAlpha(out, p_.second.alpha == SecondStage::Alpha::Keep ? c : t);
+        },
+        current, texel);
   }
 
   HWY_INLINE Color fogged(const Color& color, int i, Floats w) const {
@@ -374,7 +389,7 @@ RasterFunction withBlending(Blending blending) {
 }
 
 inline RasterFunction raster(const Pipeline& p) {
-  switch (p.texturing) {
+  switch (p.firstTexturing) {
     case Texturing::None:
       return withBlending<Texturing::None>(p.blending);
     case Texturing::Replace:

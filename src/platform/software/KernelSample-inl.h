@@ -93,6 +93,8 @@ HWY_INLINE Color sampleLevel(const Sampler& s, const Sampler::Level& level, bool
     const Shorts place = hn::BitCast(kShort, hn::Or(row, hn::ShiftLeft<16>(column)));
     const Ints at = multiplyAddShorts(place, hn::BitCast(kShort, number(level.stride | 0x10000)));
     hn::Store(at, kInt, index);
+    // Through memory: left to itself, the compiler takes the vector apart lane by lane, which is slower.
+    asm("" : "+m"(index));
     if (!linear) {
       alignas(64) std::uint32_t texels[kWidth];
       for (int i = 0; i < kWidth; ++i) texels[i] = level.texels[index[i]];

@@ -44,9 +44,13 @@ inline LevelChoice chooseLevel(const Sampler& s, const Triangle& t, int uv, int 
   return levelFor(s, rx > ry ? rx : ry);
 }
 
-/// Whether a triangle has one level of detail everywhere, to the bit: so it is when the divisor doesn't change and no
-/// coordinate can overflow, as what changes is then a product with 0.
-inline bool sameEverywhere(const Triangle& t, int uv, int divisor) {
+/// Sets the level of detail of a whole triangle where it has only one, to the bit: so it is when the divisor doesn't
+/// change and no coordinate can overflow, as all that changes is then a product with 0. @return whether it does
+inline bool chooseOnce(const Sampler& s, const Triangle& t, int uv, int divisor, LevelChoice& out) {
+  if (!choosesLevel(s)) {
+    out = {s.firstLevel, 0, s.linearMag};
+    return true;
+  }
   if (t.dx[divisor] != 0 || t.dy[divisor] != 0) return false;
   constexpr float kFarthestPixel = 65536, kSafe = 1e30f;
   const float w = 1.0f / t.value[divisor];
@@ -54,7 +58,13 @@ inline bool sameEverywhere(const Triangle& t, int uv, int divisor) {
     const auto size = [](float v) { return v < 0 ? -v : v; };
     return (size(t.value[k]) + (size(t.dx[k]) + size(t.dy[k])) * kFarthestPixel) * size(w) < kSafe;
   };
-  return small(uv) && small(uv + 1);
+  if (!small(uv) || !small(uv + 1)) return false;
+  const float acrossU = w * s.width, acrossV = w * s.height;
+  const float ux = t.dx[uv] * acrossU, vx = t.dx[uv + 1] * acrossV;
+  const float uy = t.dy[uv] * acrossU, vy = t.dy[uv + 1] * acrossV;
+  const float rx = ux * ux + vx * vx, ry = uy * uy + vy * vy;
+  out = levelFor(s, rx > ry ? rx : ry);
+  return true;
 }
 
 }  // namespace ql::software

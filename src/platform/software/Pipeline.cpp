@@ -174,35 +174,59 @@ std::int32_t sum(std::int32_t a, std::int32_t b) {
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{a} + b, -0x40000000, 0x40000000));
 }
 
-void chooseTexturing(Pipeline& p) {
-  const auto code = [](TextureArg arg) { return static_cast<std::uint8_t>(arg); };
-  const auto lower = [&](std::uint8_t arg) {
-    return arg == code(TextureArg::Current) ? code(TextureArg::Diffuse) : arg;
-  };
-  if (p.specularAdd || p.fog.source != FogSource::None || p.stageCount > 1) return;
-  if (p.stageCount == 0) {
-    p.texturing = Texturing::None;
-    return;
-  }
-  const Stage& s = p.stages[0];
-  if (!s.samples) return;
-  const auto isTexture = [&](std::uint8_t arg) { return arg == code(TextureArg::Texture); };
-  const auto isDiffuse = [&](std::uint8_t arg) { return lower(arg) == code(TextureArg::Diffuse); };
-  const auto selects = [&](TextureOp op, const std::array<std::uint8_t, 3>& args) {
-    return (op == TextureOp::SelectArg1 && isTexture(args[1])) || (op == TextureOp::SelectArg2 && isTexture(args[2]));
-  };
-  const auto modulates = [&](TextureOp op, const std::array<std::uint8_t, 3>& args) {
-    return op == TextureOp::Modulate &&
-           ((isTexture(args[1]) && isDiffuse(args[2])) || (isTexture(args[2]) && isDiffuse(args[1])));
-  };
+constexpr std::uint8_t codeOf(TextureArg arg) { return static_cast<std::uint8_t>(arg); }
+
+bool selects(TextureArg arg, TextureOp op, const std::array<std::uint8_t, 3>& args) {
+  return (op == TextureOp::SelectArg1 && args[1] == codeOf(arg)) ||
+         (op == TextureOp::SelectArg2 && args[2] == codeOf(arg));
+}
+// Whether a stage's operation has the texture as one argument and the current colour as the other.
+bool pairs(const std::array<std::uint8_t, 3>& args) {
+  constexpr auto kTexture = codeOf(TextureArg::Texture), kCurrent = codeOf(TextureArg::Current);
+  return (args[1] == kTexture && args[2] == kCurrent) || (args[2] == kTexture && args[1] == kCurrent);
+}
+
+// What pixel code of its own the first stage has.
+Texturing texturingOf(const Pipeline& p) {
+  if (p.stageCount == 0) return Texturing::None;
+  Stage s = p.stages[0];
+  if (!s.samples) return Texturing::General;
+  // The first stage's current colour is the diffuse one.
+  for (auto* args : {&s.colorArgs, &s.alphaArgs})
+    for (std::uint8_t& arg : *args)
+      if (arg == codeOf(TextureArg::Diffuse)) arg = codeOf(TextureArg::Current);
+  const bool modulatesColor = s.colorOp == TextureOp::Modulate && pairs(s.colorArgs);
+  const bool modulatesAlpha = s.alphaOp == TextureOp::Modulate && pairs(s.alphaArgs);
   // Without vertex colours, modulating multiplies by white.
   const bool white = !p.hasDiffuse();
-  const bool color = selects(s.colorOp, s.colorArgs) || (white && modulates(s.colorOp, s.colorArgs));
-  const bool alpha = selects(s.alphaOp, s.alphaArgs) || (white && modulates(s.alphaOp, s.alphaArgs));
-  if (color && alpha)
-    p.texturing = Texturing::Replace;
-  else if (modulates(s.colorOp, s.colorArgs) && modulates(s.alphaOp, s.alphaArgs))
-    p.texturing = Texturing::Modulate;
+  const bool color = selects(TextureArg::Texture, s.colorOp, s.colorArgs) || (white && modulatesColor);
+  const bool alpha = selects(TextureArg::Texture, s.alphaOp, s.alphaArgs) || (white && modulatesAlpha);
+  if (color && alpha) return Texturing::Replace;
+  return modulatesColor && modulatesAlpha ? Texturing::Modulate : Texturing::General;
+}
+
+SecondStage secondOf(const Stage& s) {
+  SecondStage out;
+  const auto shift = [](TextureOp op) { return static_cast<int>(op) - static_cast<int>(TextureOp::Modulate); };
+  out.shift = shift(s.colorOp);
+  if (!s.samples || out.shift < 0 || out.shift > 2 || !pairs(s.colorArgs)) return {};
+  if (s.alphaOp == TextureOp::Disable || selects(TextureArg::Current, s.alphaOp, s.alphaArgs))
+    out.alpha = SecondStage::Alpha::Keep;
+  else if (selects(TextureArg::Texture, s.alphaOp, s.alphaArgs))
+    out.alpha = SecondStage::Alpha::Take;
+  else if (s.alphaOp == s.colorOp && pairs(s.alphaArgs))
+    out.alpha = SecondStage::Alpha::Multiply;
+  else
+    return {};
+  out.active = true;
+  return out;
+}
+
+void chooseTexturing(Pipeline& p) {
+  const Texturing first = texturingOf(p);
+  if (!p.specularAdd && p.fog.source == FogSource::None && p.stageCount < 2) p.texturing = first;
+  p.second = p.stageCount == 2 ? secondOf(p.stages[1]) : SecondStage{};
+  if (p.stageCount < 2 || p.second.active) p.firstTexturing = first;
 }
 
 void chooseBlending(Pipeline& p) {

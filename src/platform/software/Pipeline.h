@@ -103,6 +103,14 @@ struct ScreenTransform {
 /// Pipelines that have pixel code of their own.
 enum class Texturing : std::uint8_t { General, None, Replace, Modulate };
 enum class Blending : std::uint8_t { General, Opaque, Alpha, Multiply };
+/// What vector code does after the first stage: nothing, or a second one that multiplies by its texture, with what
+/// becomes of alpha.
+struct SecondStage {
+  enum class Alpha : std::uint8_t { Keep, Multiply, Take };
+  bool active = false;
+  int shift = 0;  ///< of the product of colours: doubled, quadrupled
+  Alpha alpha = Alpha::Keep;
+};
 
 struct Pipeline;
 struct Tile;
@@ -146,6 +154,9 @@ struct Pipeline {
   bool dither = false;
   Texturing texturing = Texturing::General;
   Blending blending = Blending::General;
+  /// The same for vector code, where a second stage, adding specular colours and fog come on top.
+  Texturing firstTexturing = Texturing::General;
+  SecondStage second;
   RasterFunction raster = nullptr;  ///< the code for it
 
   /// Whether vertices have these colours, their own or lit ones.

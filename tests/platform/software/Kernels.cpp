@@ -37,7 +37,7 @@ void randomStages(Random& random, device::State& state, bool plain) {
   for (std::size_t k = 0; k < 2; ++k) {
     auto& s = state.stages[k];
     s.colorOp = plain ? (k == 0 ? 2 + random.pick(3) : random.of({1u, 1u, 4u, 5u, 6u})) : 1 + random.pick(26);
-    s.alphaOp = plain ? random.of({s.colorOp, 2u}) : 1 + random.pick(26);
+    s.alphaOp = plain ? random.of({s.colorOp, s.colorOp, 1u, 2u, 3u}) : 1 + random.pick(26);
     const auto arg = [&] { return plain ? random.pick(3) : random.pick(5) | random.of({0u, 0u, 16u, 32u, 48u}); };
     s.colorArg0 = arg();
     s.alphaArg0 = arg();
