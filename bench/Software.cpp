@@ -1,9 +1,13 @@
-// Fill rates and triangle rates of the software renderer at 1024 x 768, bilinear with mip maps. Every picture is
-// compared with the one of the portable code on one thread before it is timed.
+// Fill rates, triangle rates and vertex rates of the software renderer at 1024 x 768, bilinear with mip maps. Every
+// picture is compared with the one of the portable code on one thread before it is timed.
 #include "platform/software/SoftwareBackEnd.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <chrono>
+#include <cmath>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <string>
@@ -56,6 +60,27 @@ class Renderer {
     packet.vertices = std::as_bytes(std::span(vertices));
     backEnd_->draw(packet);
   }
+  /// Draws a scene's vertices from a buffer, which is made at the first call.
+  template <class V>
+  void drawBuffer(device::PrimitiveType type, std::uint32_t format, std::uint32_t primitives,
+                  const std::vector<V>& vertices) {
+    if (buffer_ == device::BufferId::None) {
+      buffer_ = backEnd_->createBuffer(vertices.size() * sizeof(V));
+      backEnd_->uploadBuffer(buffer_, 0, std::as_bytes(std::span(vertices)));
+    }
+    device::DrawPacket packet;
+    packet.target = target_;
+    packet.state = &state;
+    packet.stateVersion = version;
+    packet.textures = {textures_[0], device::TextureId::None};
+    packet.primitive = type;
+    packet.primitiveCount = primitives;
+    packet.vertexCount = static_cast<std::uint32_t>(vertices.size());
+    packet.vertexFormat = format;
+    packet.stride = sizeof(V);
+    packet.buffer = buffer_;
+    backEnd_->draw(packet);
+  }
   void clear() { backEnd_->clear(target_, {}, 3, 0xFF29293D, 1); }
   void finish() { backEnd_->present(target_, nullptr); }
   std::vector<std::byte> pixels() { return backEnd_->readPixels(target_, {0, 0, kWidth, kHeight}); }
@@ -80,6 +105,7 @@ class Renderer {
   std::unique_ptr<device::BackEnd> backEnd_;
   device::TargetId target_{};
   std::array<device::TextureId, 2> textures_{};
+  device::BufferId buffer_{};
 };
 
 std::vector<Vertex> layer(float z, std::uint32_t diffuse) {
@@ -131,11 +157,89 @@ void drawCalls(Renderer& r) {
   }
 }
 
+constexpr std::uint32_t kVertices = 1000000;
+
+// A wavy sheet whose triangles are lit and transformed like any other. Most lie left of the viewport, so that hardly
+// anything but the vertices is timed; the rest shows in the picture that is compared.
+struct SheetVertex {
+  float x, y, z, nx, ny, nz;
+};
+void litVertices(Renderer& r) {
+  static const std::vector<SheetVertex> sheet = [] {
+    std::vector<SheetVertex> out;
+    for (std::uint32_t i = 0; i < kVertices; ++i) {
+      const float x = static_cast<float>(i % 1000) / 1000, y = static_cast<float>(i / 1000) / 1000;
+      const float slope = std::cos(x * 40) * 0.5f, length = std::sqrt(slope * slope + 1);
+      const float left = i < 20000 ? 0.5f : 5.0f;
+      out.push_back({x - left, y * 2 - 1, 0.5f, slope / length, 0, -1 / length});
+    }
+    return out;
+  }();
+  r.drawBuffer(device::PrimitiveType::TriangleStrip, 0x12, kVertices - 2, sheet);
+}
+
+void twoLights(device::State& s, bool specular) {
+  s.render.lighting = 1;
+  s.render.specularEnable = specular;
+  s.material.specular = {1, 1, 1, 1};
+  s.material.power = 20;
+  s.stages[0].colorOp = s.stages[0].alphaOp = 1;
+  s.lights[0].direction = {0.5f, -1, 1};
+  s.lights[0].specular = {1, 1, 1, 1};
+  s.lights[1] = s.lights[0];
+  s.lights[1].type = 1;
+  s.lights[1].position = {0, 1, -1};
+  s.lights[1].range = 100;
+  s.lights[1].attenuation0 = 1;
+  s.lights[1].attenuation1 = 0.25f;
+  s.lightEnabled[0] = s.lightEnabled[1] = true;
+}
+
+// Textured sprites of about 4 pixels that shrink with the distance.
+constexpr std::uint32_t kSprites = 200000;
+void sprites(Renderer& r) {
+  static const std::vector<Vertex> points = [] {
+    std::vector<Vertex> out;
+    std::uint32_t random = 7;
+    const auto next = [&random] {
+      random = random * 1664525 + 1013904223;
+      return static_cast<float>(random >> 8) / 16777216.0f;
+    };
+    for (std::uint32_t i = 0; i < kSprites; ++i) {
+      const float x = next() * 2 - 1, y = next() * 2 - 1, z = next();
+      out.push_back({x, y, z, 0xFF000000 | random >> 8, 0, 0, 0});
+    }
+    return out;
+  }();
+  r.drawBuffer(device::PrimitiveType::PointList, 0x1C2, kSprites, points);
+}
+
+// Bytes that one thread copies in a second, read and written counted: the best of some runs.
+double copyRate() {
+  static const double best = [] {
+    constexpr std::size_t kBytes = std::size_t{64} << 20;
+    const std::vector<char> from(kBytes, 1);
+    std::vector<char> to(kBytes);
+    double seconds = 1;
+    for (int i = 0; i < 8; ++i) {
+      const auto start = std::chrono::steady_clock::now();
+      std::memcpy(to.data(), from.data(), kBytes);
+      benchmark::DoNotOptimize(to.data());
+      benchmark::ClobberMemory();
+      seconds = std::min(seconds, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    return 2.0 * kBytes / seconds;
+  }();
+  return best;
+}
+
 struct Scene {
   const char* name;
   void (*state)(device::State&);
   void (*draw)(Renderer&);
   double pixels, triangles;  // of a frame
+  double vertices = 0;
+  double bytes = 0;  // that a vertex moves at least: itself, its record written and read again
 };
 
 constexpr double kFill = static_cast<double>(kWidth) * kHeight * kLayers;
@@ -195,6 +299,18 @@ const Scene kScenes[] = {
      [](Renderer& r) { opaque(r); }, kFill, 0},
     {"small_triangles", [](device::State&) {}, smallTriangles, 0, 31.0 * 128 * 128 * 2},
     {"draw_calls", [](device::State&) {}, drawCalls, 0, 4096 * 2},
+    {"transformed_vertices", [](device::State& s) { s.stages[0].colorOp = 1; }, litVertices, 0, 0, kVertices,
+     24 + 2 * 48},
+    {"lit_vertices", [](device::State& s) { twoLights(s, false); }, litVertices, 0, 0, kVertices, 24 + 2 * 48},
+    {"lit_vertices_highlights", [](device::State& s) { twoLights(s, true); }, litVertices, 0, 0, kVertices,
+     24 + 2 * 64},
+    {"point_sprites",
+     [](device::State& s) {
+       s.render.pointSpriteEnable = s.render.pointScaleEnable = 1;
+       s.render.pointSize = std::bit_cast<std::uint32_t>(0.005f);
+       s.render.pointScaleC = std::bit_cast<std::uint32_t>(0.5f);
+     },
+     sprites, 0, 0, kSprites, 28 + 2 * 48},
 };
 
 std::vector<std::byte> picture(const Scene& scene, const software::Options& options) {
@@ -221,6 +337,12 @@ void run(benchmark::State& state, const Scene& scene, const software::Options& o
     return benchmark::Counter(perFrame * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
   };
   if (scene.pixels > 0) state.counters["Mpixels/s"] = rate(scene.pixels);
+  if (scene.vertices > 0) {
+    state.counters["Mvertices/s"] = rate(scene.vertices);
+    // Against what one thread copies.
+    state.counters["of_copying"] =
+        benchmark::Counter(scene.vertices * scene.bytes / copyRate(), benchmark::Counter::kIsIterationInvariantRate);
+  }
   if (scene.triangles > 0) state.counters["Mtriangles/s"] = rate(scene.triangles);
 }
 

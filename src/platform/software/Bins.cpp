@@ -74,7 +74,7 @@ class Binner {
       if (pipeline_->fill == device::FillMode::Wireframe)
         line(whole.corners[i], whole.corners[next], codes[i] | codes[next], true);
       else if (!(codes[i] & outcode::kClip))
-        point(whole.corners[i], false);
+        point(whole.corners[i]);
     }
   }
 
@@ -109,32 +109,40 @@ class Binner {
   }
 
   void point(std::uint32_t vertex) {
-    if (recordOutcode(draw_->record(vertex)) & (outcode::kClip | outcode::kNotFinite)) return;
-    point(readVertex(*pipeline_, draw_->vertex(vertex)), pipeline_->sprites);
+    const float* record = draw_->record(vertex);
+    if (!(recordOutcode(record) & (outcode::kClip | outcode::kNotFinite))) point(record, pipeline_->sprites);
   }
-
-  void point(ClipVertex v, bool sprite) {
-    const std::int32_t half = roundToInt(v.pointSize * 128.0f);
+  void point(const ClipVertex& v) {
+    float record[kRecordHead + kMaxAttributes];
+    writeRecord(*pipeline_, v, record);
+    point(record, false);
+  }
+  // A square around a record's place. The record must not lie among those that are made.
+  void point(const float* record, bool sprite) {
+    const std::int32_t half = roundToInt(record[kRecordPointSize] * 128.0f);
+    const auto floats = static_cast<std::size_t>(pipeline_->attributes.recordFloats());
     std::size_t corner[4];
     for (int i = 0; i < 4; ++i) {
       const bool right = i == 1 || i == 2, lower = i >= 2;
-      if (sprite) placeCorner(v, right ? 1.0f : 0.0f, lower ? 1.0f : 0.0f);
-      corner[i] = add(v);
+      corner[i] = job_.records.size();
+      job_.records.insert(job_.records.end(), record, record + floats);
       move(corner[i], kRecordX, right ? half : -half);
       move(corner[i], kRecordY, lower ? half : -half);
+      if (sprite) placeCorner(job_.records.data() + corner[i] + kRecordHead, right, lower);
     }
     extra(corner[0], corner[1], corner[2]);
     extra(corner[0], corner[2], corner[3]);
   }
 
   // Gives a corner of a sprite its place in every texture.
-  void placeCorner(ClipVertex& v, float across, float down) const {
+  void placeCorner(float* attributes, bool right, bool lower) const {
     const Attributes& a = pipeline_->attributes;
+    const float one = attributes[kAttributeQ];  // 1, divided by w as all attributes are
     for (std::size_t i = 0; i < device::kStages; ++i) {
       if (a.uv[i] < 0) continue;
-      v.attributes[static_cast<std::size_t>(a.uv[i] - 2)] = across;
-      v.attributes[static_cast<std::size_t>(a.uv[i] - 1)] = down;
-      if (a.divisor[i] != kAttributeQ) v.attributes[static_cast<std::size_t>(a.divisor[i] - 2)] = 1;
+      attributes[a.uv[i]] = right ? one : 0.0f;
+      attributes[a.uv[i] + 1] = lower ? one : 0.0f;
+      attributes[a.divisor[i]] = one;
     }
   }
 
