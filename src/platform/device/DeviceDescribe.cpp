@@ -52,7 +52,9 @@ void Device::Impl::tellResources(CallSink& sink) const {
 void Device::Impl::tellStates(CallSink& sink) const {
   if (target != backBuffer->id) noteCall(&sink, "SetRenderTarget", target, targetWidth, targetHeight);
   const math::Viewport& view = state.viewport;
-  noteCall(&sink, "SetViewport", view.x, view.y, view.width, view.height, view.minZ, view.maxZ);
+  const bool whole = view.x == 0 && view.y == 0 && view.width == static_cast<std::int32_t>(targetWidth) &&
+                     view.height == static_cast<std::int32_t>(targetHeight) && view.minZ == 0 && view.maxZ == 1;
+  if (!whole) noteCall(&sink, "SetViewport", view.x, view.y, view.width, view.height, view.minZ, view.maxZ);
 
   State freshState;
   const StateValues fresh(freshState);
