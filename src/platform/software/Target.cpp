@@ -16,10 +16,6 @@ TileDepth emptyDepth() {
 
 }  // namespace
 
-Box intersect(const Box& a, const Box& b) {
-  return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
-}
-
 Target::Target(std::uint32_t width, std::uint32_t height, device::Format format)
     : width_(static_cast<std::int32_t>(width)),
       height_(static_cast<std::int32_t>(height)),

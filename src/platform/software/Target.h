@@ -6,6 +6,7 @@
 #include "platform/software/Formats.h"
 #include "platform/software/Texture.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -24,7 +25,9 @@ struct Box {
   bool empty() const { return left >= right || top >= bottom; }
   bool operator==(const Box&) const = default;
 };
-Box intersect(const Box& a, const Box& b);
+inline Box intersect(const Box& a, const Box& b) {
+  return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
+}
 
 /// Depth of a tile in storage by blocks. farthest holds, per 8 × 8 pixels, a bound that no depth inside exceeds.
 struct TileDepth {

@@ -10,15 +10,7 @@ namespace {
 // sign.
 constexpr std::int64_t kEdgeLimit = 1 << 30;
 
-std::int32_t firstPixel(std::int32_t fixed) { return (fixed + 255) >> 8; }
-
 }  // namespace
-
-Box pixelBox(const float* v0, const float* v1, const float* v2) {
-  const auto [left, right] = std::minmax({recordX(v0), recordX(v1), recordX(v2)});
-  const auto [top, bottom] = std::minmax({recordY(v0), recordY(v1), recordY(v2)});
-  return {firstPixel(left), firstPixel(top), firstPixel(right), firstPixel(bottom)};
-}
 
 void setUp(const Pipeline& p, const float* v0, const float* v1, const float* v2, std::int32_t tileX, std::int32_t tileY,
            const Box& area, Triangle& t) {
@@ -54,12 +46,14 @@ void setUp(const Pipeline& p, const float* v0, const float* v1, const float* v2,
   t.originY = static_cast<float>(y - recordY(v0)) * (1.0f / 256.0f);
   const float *a0 = v0 + kRecordHead, *a1 = v1 + kRecordHead, *a2 = v2 + kRecordHead;
   t.attributes = p.attributes.count;
-  for (std::int32_t i = 0; i < t.attributes; ++i) {
-    const float d1 = a1[i] - a0[i], d2 = a2[i] - a0[i];
-    t.value[i] = a0[i];
-    t.dx[i] = d1 * y20 - d2 * y10;
-    t.dy[i] = d2 * x10 - d1 * x20;
-  }
+  // Records end at a multiple of four: what lies behind the last attribute is overwritten below.
+  for (std::int32_t first = 0; first < t.attributes; first += 4)
+    for (std::int32_t i = first; i < first + 4; ++i) {
+      const float d1 = a1[i] - a0[i], d2 = a2[i] - a0[i];
+      t.value[i] = a0[i];
+      t.dx[i] = d1 * y20 - d2 * y10;
+      t.dy[i] = d2 * x10 - d1 * x20;
+    }
   // Vectors go on to a multiple of their width: what they read there must not be slow to calculate with.
   for (std::int32_t i = t.attributes; i % kAttributeStep != 0; ++i) t.value[i] = t.dx[i] = t.dy[i] = 0;
   t.zMin = std::min({a0[kAttributeZ], a1[kAttributeZ], a2[kAttributeZ]});

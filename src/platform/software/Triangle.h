@@ -4,6 +4,7 @@
 
 #include "platform/software/Vertices.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace ql::software {
@@ -35,7 +36,13 @@ inline std::int64_t signedArea(const float* v0, const float* v1, const float* v2
 }
 
 /// The pixels whose centres a triangle's bounding box holds, right and bottom exclusive.
-Box pixelBox(const float* v0, const float* v1, const float* v2);
+inline Box pixelBox(const float* v0, const float* v1, const float* v2) {
+  const auto first = [](std::int32_t fixed) { return (fixed + 255) >> 8; };
+  const std::int32_t x0 = recordX(v0), x1 = recordX(v1), x2 = recordX(v2);
+  const std::int32_t y0 = recordY(v0), y1 = recordY(v1), y2 = recordY(v2);
+  return {first(std::min({x0, x1, x2})), first(std::min({y0, y1, y2})), first(std::max({x0, x1, x2})),
+          first(std::max({y0, y1, y2}))};
+}
 
 /// Sets a triangle up for the tile whose first pixel is (tileX, tileY). The area must not be 0.
 /// @param area the part of the tile that may be drawn, in pixels of the target
