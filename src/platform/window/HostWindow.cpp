@@ -1,8 +1,8 @@
 #include "platform/window/HostWindow.h"
 
 #include "platform/window/SdlWindow.h"
+#include "platform/window/XErrors.h"
 
-#include <atomic>
 #include <string_view>
 #include <utility>
 
@@ -13,26 +13,7 @@
 namespace ql::window {
 namespace {
 
-std::atomic<bool> refused{false};
-int noteRefusal(::Display*, XErrorEvent*) {
-  refused = true;
-  return 0;
-}
-
 ::Display* connection(void* server) { return static_cast<::Display*>(server); }
-
-/// Does work with a window that may be gone. The X server answers late, and by default its refusal ends the process.
-/// @param server the connection that the work uses; its answers are awaited when it is not null
-/// @return whether the server accepted everything
-template <class Work>
-bool accepted(void* server, Work&& work) {
-  refused = false;
-  const XErrorHandler before = XSetErrorHandler(&noteRefusal);
-  work();
-  if (server != nullptr) XSync(connection(server), 0);
-  XSetErrorHandler(before);
-  return !refused;
-}
 
 bool existsOnServer(unsigned long number) {
   const std::unique_ptr<::Display, int (*)(::Display*)> server(XOpenDisplay(nullptr), &XCloseDisplay);
@@ -67,7 +48,9 @@ std::shared_ptr<HostWindow> HostWindow::adopt(std::shared_ptr<SdlVideo> video, s
 }
 
 HostWindow::HostWindow(std::shared_ptr<SdlVideo> video, SDL_Window* window, void* server, unsigned long number)
-    : video_(std::move(video)), window_(window), server_(server), number_(number) {}
+    : video_(std::move(video)), window_(window), server_(server), number_(number) {
+  video_->guard(server_);
+}
 
 HostWindow::~HostWindow() {
   accepted(server_, [this] { SDL_DestroyWindow(window_); });

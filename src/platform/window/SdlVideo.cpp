@@ -1,5 +1,7 @@
 #include "platform/window/SdlVideo.h"
 
+#include "platform/window/XErrors.h"
+
 #include <cstdlib>
 #include <string_view>
 
@@ -31,7 +33,11 @@ std::shared_ptr<SdlVideo> SdlVideo::open() {
 SdlVideo::~SdlVideo() { SDL_QuitSubSystem(SDL_INIT_VIDEO); }
 
 void SdlVideo::pump() const {
-  SDL_PumpEvents();
+  // SDL gives every window the cursor of the moment, also one that its host has destroyed already.
+  if (guarded_ != nullptr)
+    accepted(guarded_, [] { SDL_PumpEvents(); });
+  else
+    SDL_PumpEvents();
   if (!hostUsesSdl_) SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
 }
 

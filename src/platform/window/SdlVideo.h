@@ -19,11 +19,14 @@ class SdlVideo {
   /// Takes in what the window system has to say. Windows learn it from their event watches; the queue is emptied,
   /// unless it belongs to a host that used SDL before us.
   void pump() const;
+  /// From now on pumping survives that a host destroyed its window. @param server SDL's connection to the X server
+  void guard(void* server) { guarded_ = server; }
   bool hostUsesSdl() const { return hostUsesSdl_; }
 
  private:
   explicit SdlVideo(bool hostUsesSdl) : hostUsesSdl_(hostUsesSdl) {}
   bool hostUsesSdl_;
+  void* guarded_ = nullptr;
 };
 
 }  // namespace ql::window
