@@ -297,6 +297,24 @@ const Scene kScenes[] = {
        s.stages[0].mipMapLodBias = std::bit_cast<std::uint32_t>(2.0f);
      },
      [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"add",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       blended(s, 2, 2);
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"general_stage",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       s.stages[0].colorOp = 7;
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
+    {"mirrored",
+     [](device::State& s) {
+       s.render.zEnable = 0;
+       s.stages[0].addressU = 2;
+     },
+     [](Renderer& r) { opaque(r); }, kFill, 0},
     {"small_triangles", [](device::State&) {}, smallTriangles, 0, 31.0 * 128 * 128 * 2},
     {"draw_calls", [](device::State&) {}, drawCalls, 0, 4096 * 2},
     {"transformed_vertices", [](device::State& s) { s.stages[0].colorOp = 1; }, litVertices, 0, 0, kVertices,
