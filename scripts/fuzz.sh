@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:-60}; shift || true
 cmake --preset fuzz >/dev/null
 if [ $# -gt 0 ]; then targets=("$@"); else
-  mapfile -t targets < <(sed -nE 's/^ *ql_fuzzer\(([a-z0-9_]+).*/\1/p' fuzz/CMakeLists.txt)
+  mapfile -t targets < <(ninja -C build/fuzz -t targets all | sed -nE 's/^(fuzz_[a-z0-9_]+): phony$/\1/p' | sort -u)
 fi
 cmake --build --preset fuzz --target "${targets[@]}"
 run() {
