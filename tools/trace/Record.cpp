@@ -14,6 +14,7 @@ void record(const Options& options) {
   std::vector<std::string> words{walk.string(), "--trace", options.traces.front().string(), "--no-pictures"};
   words.insert(words.end(), options.walk.begin(), options.walk.end());
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   execv(walk.c_str(), arguments.data());
