@@ -11,7 +11,7 @@ fi
 cmake --build --preset fuzz --target "${targets[@]}"
 run() {
   corpus=build/fuzz/corpus/$1; mkdir -p "$corpus" "build/fuzz/found/$1"
-  "build/fuzz/bin/$1" "$corpus" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 -malloc_limit_mb=600 \
+  "build/fuzz/bin/$1" "$corpus" -max_total_time="$seconds" -timeout=25 -rss_limit_mb=2560 -malloc_limit_mb=1024 \
     -artifact_prefix="build/fuzz/found/$1/" -print_final_stats=1 >"build/fuzz/$1.log" 2>&1 || { tail -n 40 "build/fuzz/$1.log"; echo "$1: FAILED"; return 1; }
   echo "$1: $(sed -nE 's/^stat::number_of_executed_units: *//p' "build/fuzz/$1.log") inputs, no fault"
 }
