@@ -143,14 +143,13 @@ Paint carpet(double x, double y) {
   const double px = x - 0.5;
   const double py = y - 0.5;
   Vec3 c{0.52, 0.10, 0.10};
+  const bool line = (border >= 0.02 && border < 0.05) || (border >= 0.13 && border < 0.155);
   if (border < 0.02)
     c = {0.78, 0.62, 0.36};
-  else if (border < 0.05)
+  else if (line)
     c = {0.10, 0.14, 0.28};
   else if (border < 0.13)
     c = fraction((x + y) * 12) < 0.5 ? Vec3{0.76, 0.58, 0.30} : Vec3{0.42, 0.08, 0.09};
-  else if (border < 0.155)
-    c = {0.10, 0.14, 0.28};
   else {
     const double d = std::fabs(px) + std::fabs(py);
     const double flower = std::sqrt(px * px + py * py);

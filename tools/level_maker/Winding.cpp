@@ -79,7 +79,8 @@ Split split(const Winding& winding, const Plane& plane, double epsilon) {
 
 Winding clipFront(const Winding& winding, const Plane& plane, double epsilon) {
   Split parts = split(winding, plane, epsilon);
-  return parts.onPlane ? winding : std::move(parts.front);
+  if (parts.onPlane) return winding;
+  return std::move(parts.front);
 }
 
 namespace {
