@@ -10,7 +10,9 @@
 namespace ql::math {
 
 using Quasarlens3D::Color4;
+using Quasarlens3D::ColorVertex;
 using Quasarlens3D::Mat4;
+using Quasarlens3D::NormalVertex;
 using Quasarlens3D::Rect;
 using Quasarlens3D::Vec3;
 

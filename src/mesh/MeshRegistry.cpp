@@ -1,0 +1,62 @@
+#include "mesh/MeshRecord.h"
+
+namespace ql::mesh {
+
+namespace {
+
+using Slots = engine::SlotTable<std::unique_ptr<MeshRecord>>;
+
+/// Gives a slot back with the last handle of its mesh. The vertex lists stay until the slot is taken again.
+struct FreeSlot {
+  std::weak_ptr<Slots> slots;
+  void operator()(const MeshHandle* handle) const {
+    const std::unique_ptr<const MeshHandle> owned(handle);
+    const std::shared_ptr<Slots> table = slots.lock();
+    if (!table || handle->slot < 1 || handle->slot > table->count()) return;
+    MeshRecord& record = *table->at(handle->slot);
+    record.subsets.reset();
+    record.name.clear();
+    record.inUse = record.enabled = false;
+    record.groups.assign(1, MeshGroup{});
+    record.groupCount = 0;
+    record.cullMode = 1;
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const std::string& name) {
+  const std::shared_ptr<Slots>& slots = context.get<MeshRegistry>().slots;
+  std::int16_t slot = slots->find([](const std::unique_ptr<MeshRecord>& record) { return !record->inUse; });
+  if (slot == 0) slot = slots->grow();
+  std::unique_ptr<MeshRecord>& place = slots->at(slot);
+  place = std::make_unique<MeshRecord>();
+  std::shared_ptr<MeshHandle> handle(new MeshHandle{slot, 0}, FreeSlot{slots});
+  place->name = name.empty() ? "Mesh" + std::to_string(slot) : name;
+  place->inUse = place->enabled = place->matrixDirty = true;
+  place->handle = handle;
+  place->groupCount = 1;
+  setGroupPointer(context, *handle, 1);
+  return handle;
+}
+
+MeshRecord& meshRecord(engine::EngineContext& context, std::int32_t slot) {
+  if (slot < 1) throw engine::EngineError(engine::kSubscript, "Subscript out of range");
+  return *context.get<MeshRegistry>().slots->at(slot);
+}
+
+std::int16_t meshCount(engine::EngineContext& context) { return context.get<MeshRegistry>().slots->count(); }
+
+void setGroupPointer(engine::EngineContext& context, MeshHandle& mesh, std::int16_t group) {
+  if (group < 0) throw engine::EngineError(engine::kSubscript, "Subscript out of range");
+  MeshRecord& record = meshRecord(context, mesh.slot);
+  mesh.currentGroup = group;
+  if (group < record.groupCount - 1) return;
+  record.groups.resize(static_cast<std::size_t>(group) + 1);
+  record.groupCount = group;
+  MeshGroup& opened = record.groups.back();
+  opened.count = 0;
+  opened.start = static_cast<std::int16_t>(record.vertexCount);
+}
+
+}  // namespace ql::mesh
