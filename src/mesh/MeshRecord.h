@@ -18,6 +18,8 @@ class SubsetMesh;
 
 namespace ql::mesh {
 
+class RayIndex;
+
 inline constexpr std::int16_t kNormalVertices = 530;  ///< position, normal, two texture coordinate pairs
 inline constexpr std::int16_t kColorVertices = 706;   ///< position, diffuse, specular, two texture coordinate pairs
 inline constexpr std::int16_t kTriangleList = 4, kTriangleStrip = 5;
@@ -79,12 +81,16 @@ struct MeshRecord {
   std::int16_t cullMode = 1;           ///< 1 both sides, 2 clockwise, 3 counter-clockwise are dropped
   bool renderedThisFrame = false;
   float deathTime = 0;  ///< milliseconds left; 0: immortal
+
+  std::shared_ptr<const RayIndex> rayIndex;  ///< of accurate ray tests, made on demand from vertices and groups
+  bool noted = false;                        ///< in MeshRegistry::changes
 };
 
 /// All meshes of an engine, at stable addresses.
 struct MeshRegistry {
   std::shared_ptr<engine::SlotTable<std::unique_ptr<MeshRecord>>> slots =
       std::make_shared<engine::SlotTable<std::unique_ptr<MeshRecord>>>();  ///< no record is null from slot 1 on
+  std::vector<std::int16_t> changes;  ///< slots told to noteChange since an index over all meshes last looked
 };
 
 /// The one way a mesh comes into being: takes the first free slot, else a new one, and fills its record with the
@@ -95,6 +101,9 @@ std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const s
 MeshRecord& meshRecord(engine::EngineContext& context, std::int32_t slot);
 /// Number of slots.
 std::int16_t meshCount(engine::EngineContext& context);
+/// To be called after a mesh's vertex positions, groups, bounds or world matrix changed: what was derived from them is
+/// made anew when it is needed. A mesh that was just allocated is noted already.
+void noteChange(engine::EngineContext& context, std::int16_t slot);
 /// Makes a group current; a group beyond the last but one cuts or grows the list to it, empty.
 /// @throws engine::EngineError 9 below 0
 void setGroupPointer(engine::EngineContext& context, MeshHandle& mesh, std::int16_t group);

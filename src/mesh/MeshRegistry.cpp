@@ -36,6 +36,7 @@ std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const s
   place->inUse = place->enabled = place->matrixDirty = true;
   place->handle = handle;
   place->groupCount = 1;
+  noteChange(context, slot);
   setGroupPointer(context, *handle, 1);
   return handle;
 }
@@ -43,6 +44,14 @@ std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const s
 MeshRecord& meshRecord(engine::EngineContext& context, std::int32_t slot) {
   if (slot < 1) throw engine::EngineError(engine::kSubscript, "Subscript out of range");
   return *context.get<MeshRegistry>().slots->at(slot);
+}
+
+void noteChange(engine::EngineContext& context, std::int16_t slot) {
+  MeshRecord& record = meshRecord(context, slot);
+  record.rayIndex.reset();
+  if (record.noted) return;
+  record.noted = true;
+  context.get<MeshRegistry>().changes.push_back(slot);
 }
 
 std::int16_t meshCount(engine::EngineContext& context) { return context.get<MeshRegistry>().slots->count(); }
@@ -57,6 +66,7 @@ void setGroupPointer(engine::EngineContext& context, MeshHandle& mesh, std::int1
   MeshGroup& opened = record.groups.back();
   opened.count = 0;
   opened.start = static_cast<std::int16_t>(record.vertexCount);
+  noteChange(context, mesh.slot);
 }
 
 }  // namespace ql::mesh
