@@ -26,6 +26,14 @@ struct Picture {
   const std::uint32_t* pixels = nullptr;
 };
 
+struct GammaRamp;
+
+/// A window as its X server knows it, for those who draw in it themselves.
+struct XWindow {
+  std::uint32_t number = 0;  ///< 0: none
+  std::uint32_t visual = 0;  ///< the number of its visual
+};
+
 /// A window that a device presents in.
 class Window {
  public:
@@ -38,6 +46,12 @@ class Window {
   virtual bool visible() const = 0;
   /// Shows a picture, scaled to the client area.
   virtual void show(const Picture& picture) = 0;
+  /// Where pictures can be drawn directly; none when only show reaches the window.
+  virtual XWindow onServer() const { return {}; }
+  /// Makes the window seen, in its mode, before a picture is drawn in it directly; show does so by itself.
+  virtual void appear() {}
+  /// What the colours of a picture that is drawn directly must pass; null: nothing. show applies it by itself.
+  virtual const GammaRamp* ramp() const { return nullptr; }
   /// Handles the messages that wait.
   virtual void pump() = 0;
   virtual void setTitle(const std::string& title) = 0;

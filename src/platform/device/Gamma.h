@@ -45,6 +45,9 @@ class GammaWindow final : public Window {
   Size clientSize() const override { return window_.clientSize(); }
   bool visible() const override { return window_.visible(); }
   void show(const Picture& picture) override { window_.show(gamma_.apply(picture)); }
+  XWindow onServer() const override { return window_.onServer(); }
+  void appear() override { window_.appear(); }
+  const GammaRamp* ramp() const override { return &gamma_.ramp(); }
   void pump() override { window_.pump(); }
   void setTitle(const std::string& title) override { window_.setTitle(title); }
   bool closeRequested() const override { return window_.closeRequested(); }
