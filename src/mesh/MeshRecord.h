@@ -82,8 +82,8 @@ struct MeshRecord {
   bool renderedThisFrame = false;
   float deathTime = 0;  ///< milliseconds left; 0: immortal
 
-  std::shared_ptr<const RayIndex> rayIndex;  ///< of accurate ray tests, made on demand from vertices and groups
-  bool noted = false;                        ///< in MeshRegistry::changes
+  std::shared_ptr<RayIndex> rayIndex;  ///< of accurate ray tests, made on demand from vertices and groups
+  bool noted = false;                  ///< in MeshRegistry::changes
 };
 
 /// All meshes of an engine, at stable addresses.
@@ -101,11 +101,14 @@ std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const s
 MeshRecord& meshRecord(engine::EngineContext& context, std::int32_t slot);
 /// Number of slots.
 std::int16_t meshCount(engine::EngineContext& context);
-/// To be called after a mesh's vertex positions, groups, bounds or world matrix changed: what was derived from them is
-/// made anew when it is needed. A mesh that was just allocated is noted already.
+/// To be called after a mesh's bounds or world matrix changed: indices over all meshes look at it again. A mesh that
+/// was just allocated is noted already.
+void noteMoved(engine::EngineContext& context, std::int16_t slot);
+/// To be called after a mesh's vertex positions or groups changed: what was derived from them is made anew when it is
+/// needed.
 void noteChange(engine::EngineContext& context, std::int16_t slot);
 /// Makes a group current; a group beyond the last but one cuts or grows the list to it, empty.
-/// @throws engine::EngineError 9 below 0
+/// @throws engine::EngineError 9 below 0, 6 when a group would start past vertex 32767
 void setGroupPointer(engine::EngineContext& context, MeshHandle& mesh, std::int16_t group);
 
 }  // namespace ql::mesh

@@ -30,7 +30,9 @@ std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const s
   std::int16_t slot = slots->find([](const std::unique_ptr<MeshRecord>& record) { return !record->inUse; });
   if (slot == 0) slot = slots->grow();
   std::unique_ptr<MeshRecord>& place = slots->at(slot);
+  const bool noted = place && place->noted;
   place = std::make_unique<MeshRecord>();
+  place->noted = noted;
   std::shared_ptr<MeshHandle> handle(new MeshHandle{slot, 0}, FreeSlot{slots});
   place->name = name.empty() ? "Mesh" + std::to_string(slot) : name;
   place->inUse = place->enabled = place->matrixDirty = true;
@@ -46,12 +48,16 @@ MeshRecord& meshRecord(engine::EngineContext& context, std::int32_t slot) {
   return *context.get<MeshRegistry>().slots->at(slot);
 }
 
-void noteChange(engine::EngineContext& context, std::int16_t slot) {
+void noteMoved(engine::EngineContext& context, std::int16_t slot) {
   MeshRecord& record = meshRecord(context, slot);
-  record.rayIndex.reset();
   if (record.noted) return;
   record.noted = true;
   context.get<MeshRegistry>().changes.push_back(slot);
+}
+
+void noteChange(engine::EngineContext& context, std::int16_t slot) {
+  meshRecord(context, slot).rayIndex.reset();
+  noteMoved(context, slot);
 }
 
 std::int16_t meshCount(engine::EngineContext& context) { return context.get<MeshRegistry>().slots->count(); }
@@ -59,13 +65,16 @@ std::int16_t meshCount(engine::EngineContext& context) { return context.get<Mesh
 void setGroupPointer(engine::EngineContext& context, MeshHandle& mesh, std::int16_t group) {
   if (group < 0) throw engine::EngineError(engine::kSubscript, "Subscript out of range");
   MeshRecord& record = meshRecord(context, mesh.slot);
+  const bool opens = group >= record.groupCount - 1;
+  // The first vertex's number is 16-bit; shapes may have more vertices.
+  if (opens && group > 0 && record.vertexCount > kMaxVertices) throw engine::EngineError(engine::kOverflow, "Overflow");
   mesh.currentGroup = group;
-  if (group < record.groupCount - 1) return;
+  if (!opens) return;
   record.groups.resize(static_cast<std::size_t>(group) + 1);
   record.groupCount = group;
   MeshGroup& opened = record.groups.back();
   opened.count = 0;
-  opened.start = static_cast<std::int16_t>(record.vertexCount);
+  opened.start = group == 0 ? std::int16_t{0} : static_cast<std::int16_t>(record.vertexCount);
   noteChange(context, mesh.slot);
 }
 
