@@ -10,6 +10,7 @@
 #include <Quasarlens3D/Globals8.h>
 #include <Quasarlens3D/InternalObjects8.h>
 #include <Quasarlens3D/MaterialFactory8.h>
+#include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Quasarlens8.h>
 #include <Quasarlens3D/Scene8.h>
 #include <Quasarlens3D/Texture8.h>

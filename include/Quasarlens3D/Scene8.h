@@ -5,6 +5,7 @@
 
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
+#include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Texture8.h>
 #include <Quasarlens3D/Types.h>
 
@@ -55,6 +56,10 @@ class QUASARLENS3D_API Scene8 : public Detail::Handle<Detail::SceneObject> {
   /// @param color no effect @throws Error 91 before Quasarlens8.Initialize
   void SelectFont(const std::string& FontName = "", const std::string& FontSize = "", const std::string& color = "",
                   Boolean Bold = False, Boolean Italic = False, Boolean Underlined = False);
+
+  /// A new mesh in the first free slot, with group 1, empty. It lives as long as a handle to it does.
+  /// @param Name "" names it "Mesh" and its slot @throws Error 6 beyond 32767 meshes
+  Mesh8 CreateMeshBuilder(const std::string& Name = "");
 
   /// Loads a texture without a colour key: see TextureFactory8.LoadTexture.
   Texture8 LoadTexture(ByRef<std::string> Filename, ByRef<std::int32_t> width = -1, ByRef<std::int32_t> height = -1,

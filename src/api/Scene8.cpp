@@ -1,4 +1,5 @@
 #include "api/Guard.h"
+#include "api/Meshes.h"
 #include "api/Textures.h"
 
 #include <Quasarlens3D/Scene8.h>
@@ -37,6 +38,10 @@ void Scene8::DrawText(const std::string& Text, std::int32_t x, std::int32_t y, s
 void Scene8::SelectFont(const std::string& FontName, const std::string& FontSize, const std::string& /*color*/,
                         Boolean Bold, Boolean Italic, Boolean Underlined) {
   call(*this, [&](SceneObject& self) { self.scene->selectFont(FontName, FontSize, Bold, Italic, Underlined); });
+}
+
+Mesh8 Scene8::CreateMeshBuilder(const std::string& Name) {
+  return call(*this, [&](SceneObject& self) { return api::wrap(mesh::allocateMesh(*self.context, Name)); });
 }
 
 Texture8 Scene8::LoadTexture(ByRef<std::string> Filename, ByRef<std::int32_t> width, ByRef<std::int32_t> height,

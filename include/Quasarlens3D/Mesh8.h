@@ -1,0 +1,147 @@
+/// @file
+/// Meshes.
+#ifndef QUASARLENS3D_MESH8_H
+#define QUASARLENS3D_MESH8_H
+
+#include <Quasarlens3D/Export.h>
+#include <Quasarlens3D/Handle.h>
+#include <Quasarlens3D/Texture8.h>
+#include <Quasarlens3D/Types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace Quasarlens3D {
+
+namespace Detail {
+struct MeshHandleObject;
+}
+
+/// Which of a mesh's vertex lists is drawn.
+enum CONST_QL_VERTEXTYPE : std::int32_t {
+  QL_NORMAL_VERTEX = 530,   ///< vertices with normals, which lights light
+  QL_NON_LIT_VERTEX = 530,  ///< the same
+  QL_COLOR_VERTEX = 706     ///< vertices with colours of their own
+};
+
+/// How vertices make triangles.
+enum CONST_QL_PRIMITIVETYPE : std::int32_t {
+  QL_TRIANGLELIST = 4,  ///< three by three
+  QL_TRIANGLESTRIP = 5  ///< each with the two before it
+};
+
+/// Which sides of triangles are not drawn.
+enum CONST_QL_CULLING : std::int32_t {
+  QL_DOUBLESIDED = 1,  ///< none: both sides are drawn
+  QL_BACK_CULL = 2,    ///< those whose corners go clockwise on the screen
+  QL_FRONT_CULL = 3    ///< those whose corners go counter-clockwise
+};
+
+/// A mesh: vertices cut into groups, each group with its own texture, material, lightmap, blending and shader, placed
+/// in the world by a position, a rotation and a scale. Meshes are handed out by the engine (Scene8.CreateMeshBuilder,
+/// CreateChild, ...) and live in numbered slots; a mesh lives as long as a handle to it does, so keep one.
+///
+/// Vertices are numbered from 0; a mesh holds at most 32767. Groups are numbered from 1, and a new mesh has group 1,
+/// empty; a group is a run of consecutive vertices, so finish one before opening the next. The current group, which new
+/// vertices join, belongs to the mesh: every handle to it sees the same.
+///
+/// Every operation throws Error 91 on nothing.
+class QUASARLENS3D_API Mesh8 : public Detail::Handle<Detail::MeshHandleObject> {
+ public:
+  /// Nothing.
+  Mesh8() noexcept;
+  Mesh8(std::nullptr_t) noexcept;  // NOLINT(google-explicit-constructor)
+
+  /// Whether two handles are the same mesh's, or both nothing.
+  friend QUASARLENS3D_API bool operator==(const Mesh8& a, const Mesh8& b) noexcept;
+  friend QUASARLENS3D_API bool operator!=(const Mesh8& a, const Mesh8& b) noexcept;
+
+  // ---------------------------------------------------------------------------------------------------- Building
+
+  /// Appends a vertex to the current group. Both texture coordinate pairs become (tu, tv).
+  /// @param x,y,z the mesh's own space @param color packed ARGB, shown by QL_COLOR_VERTEX @param nx,ny,nz the normal
+  /// @param UseTLVertex no effect @return the number of vertices: one more than the new vertex's number
+  /// @throws Error 6 beyond 32767 vertices, or for a number that is too large; 9 when the current group is gone
+  std::int16_t AddVertex(double x, double y, double z, double color, float tu, float tv, float nx = 0, float ny = 0,
+                         float nz = 1.0f, Boolean UseTLVertex = False);
+  /// Opens a new group after the last one and makes it current. @param Texture nothing: none
+  /// @param lightmap whether the group wants a lightmap @throws Error 6 beyond 32767 groups
+  void AddFace(const Texture8& Texture, Boolean lightmap);
+  /// Makes a group current. The last group but one, the last one and any number beyond: the list of groups is cut or
+  /// enlarged to end with this group, which becomes empty and starts after the last vertex.
+  /// @throws Error 9 below 0
+  void SetGroupPointer(std::int16_t Group);
+
+  /// A vertical rectangle in a group of its own, which wants a lightmap; the mesh becomes a strip. World units before
+  /// scaling. @param Altitude its lower edge @param TileW,TileH how often the texture repeats: the texture's u goes
+  /// along the wall TileH times, its v upwards TileW times; the outermost 2 % of the texture are left out
+  /// @throws Error 6 beyond 32767 vertices or groups (the five operations below too)
+  void AddWall(const Texture8& Texture, float x1, float z1, float X2, float z2, float height, float Altitude = 0,
+               float TileW = 1.0f, float TileH = 1.0f);
+  /// A wall whose ends differ; its vertices have no normal and the mesh's primitive type stays.
+  void AddWall2(const Texture8& Texture, float x1, float z1, float X2, float z2, float height1, float height2,
+                float Altitude1 = 0, float Altitude2 = 0, float TileW = 1.0f, float TileH = 1.0f);
+  /// A horizontal rectangle between two corners; the mesh becomes a strip.
+  void AddFloor(const Texture8& Texture, float x1, float z1, float X2, float z2, float Altitude = 0, float TileW = 1.0f,
+                float TileH = 1.0f);
+  /// A triangle; the mesh's primitive type stays.
+  void AddTriangle(const Texture8& Texture, float x1, float y1, float z1, float X2, float y2, float z2, float X3,
+                   float Y3, float Z3, float TileW = 1.0f, float TileH = 1.0f);
+  /// A piece of four points in the order of a strip (1-2-3, 2-3-4); the mesh becomes a strip.
+  void AddFaceFromPoint(const Texture8& Texture, float x1, float y1, float z1, float X2, float y2, float z2, float X3,
+                        float Y3, float Z3, float X4, float Y4, float Z4, float TileW = 1.0f, float TileH = 1.0f);
+
+  /// Moves the vertex of that number, as MoveVertexInFace does.
+  void MoveVertex(std::int16_t Vertex, float x, float y, float z, Boolean relative = False);
+  /// Moves a vertex. Bounds and normals stay as they are. @param Vertex counted from the group's first vertex
+  /// @param relative adds to its place @throws Error 9 for a group or vertex that does not exist
+  void MoveVertexInFace(std::int16_t Vertex, std::int16_t facegroup, float x, float y, float z,
+                        Boolean relative = False);
+  /// Colours a vertex, or with -1 all; shown by QL_COLOR_VERTEX. @param color packed ARGB
+  /// @throws Error 9 for a vertex that does not exist
+  void SetColor(std::int32_t color, std::int32_t Vertex = -1);
+
+  /// Flat normals: each triangle of a list its own; a group of a strip that of its first triangle. Shapes and files
+  /// with shared vertices get smooth ones. @throws Error 91 when a shape could not be made
+  void ComputeNormals();
+  /// Bounding sphere and box in the mesh's own space, scaled; the origin counts as one of the points (not for shapes).
+  /// They stay as they are when vertices or the scale change. Without vertices nothing happens.
+  void ComputeSphere();
+  /// Checks that the device could hold the mesh with shared vertices; the mesh stays as it is.
+  /// @throws Error 91 before Quasarlens8.Initialize
+  void Optimize();
+
+  /// @param TypeV CONST_QL_VERTEXTYPE @throws Error 6 for a number beyond 16 bits (here and below)
+  void SetVertexType(std::int32_t TypeV);
+  /// @param Primitive CONST_QL_PRIMITIVETYPE
+  void SetPrimitiveType(std::int32_t Primitive);
+  /// @param Cull CONST_QL_CULLING; Render and the scene's drawing leave the culling as it is, RenderGroupRange sets it
+  void SetCullMode(std::int32_t Cull);
+  void SetMeshName(const std::string& MeshName);
+  /// Whether the mesh is drawn.
+  void Enable(Boolean OnOff);
+  /// Disables the mesh when it has been drawn for so long; 0 never. The mesh keeps its slot.
+  void SetDeathTime(float milliseconds);
+
+  /// A new mesh that is a child of this one: drawn after it, its vertices passing through this mesh's matrix first,
+  /// then through its own. Keep the handle. @param Name "" names it "Mesh" and its slot @throws Error 6 beyond 32767
+  /// meshes
+  Mesh8 CreateChild(const std::string& Name = "");
+  /// Makes a mesh a child. @throws Error 5 for this mesh itself and for those above it, 6 beyond 32767 children
+  void AddChild(const Mesh8& ChildMesh);
+  /// Unlinks all children; they stay and are drawn by the scene.
+  void DeleteChilds();
+
+  // ----------------------------------------------------------------------------------- Placing, drawing, hitting
+
+  // ------------------------------------------------------------------------------------------------------- Files
+
+ private:
+  friend struct Detail::Access;
+  using Handle::Handle;
+};
+
+}  // namespace Quasarlens3D
+
+#endif
