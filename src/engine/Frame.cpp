@@ -1,4 +1,5 @@
 #include "engine/Engine.h"
+#include "engine/OpenTarget.h"
 
 #include <chrono>
 #include <cmath>
@@ -51,6 +52,7 @@ void switchFog(EngineContext& context, bool on) {
 
 void clear(EngineContext& context) {
   device::Device& device = context.requireDevice();
+  endOpenTarget(context);
   device.clear({}, device::kClearTarget | device::kClearDepth, static_cast<std::uint32_t>(context.backgroundColor),
                1.0f, 0);
   if (context.drawBackground) context.drawBackground();
@@ -61,6 +63,7 @@ void clear(EngineContext& context) {
 
 void renderToScreen(EngineContext& context) {
   device::Device& device = context.requireDevice();
+  endOpenTarget(context);
   switchFog(context, false);
   updateFrameCounter(context);
   context.frameSteps.run(FrameStage::Effects);

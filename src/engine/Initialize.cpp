@@ -1,5 +1,6 @@
 #include "engine/DriverSettings.h"
 #include "engine/Engine.h"
+#include "engine/OpenTarget.h"
 #include "platform/utility/TextureFiles.h"
 
 #include <string>
@@ -234,6 +235,7 @@ bool initialize(EngineContext& context, std::intptr_t windowHandle) {
   const bool hardwareTransform = reportCapabilities(context, settings) && settings.hardwareTransform;
 
   // A former device goes first: two would share the window.
+  endOpenTarget(context);
   context.systemFont.reset();
   context.device.reset();
   context.deviceReady = context.inFrame = false;
@@ -262,6 +264,7 @@ bool resizeDevice(EngineContext& context) {
   if (!context.deviceReady || context.fullScreen || context.inFrame || !context.focusWindow) return false;
   const device::Window::Size client = context.focusWindow->clientSize();
   if (client.width == 0 || client.height == 0) return false;
+  endOpenTarget(context);
   device::PresentParameters parameters = context.presentParameters;
   parameters.deviceWindow = context.focusWindow;
   parameters.windowed = true;
@@ -275,6 +278,9 @@ bool resizeDevice(EngineContext& context) {
   return true;
 }
 
-void resetDevice(EngineContext& context) { context.requireDevice().reset(context.presentParameters); }
+void resetDevice(EngineContext& context) {
+  endOpenTarget(context);
+  context.requireDevice().reset(context.presentParameters);
+}
 
 }  // namespace ql::engine
