@@ -9,6 +9,7 @@
 #include <Quasarlens3D/Event.h>
 #include <Quasarlens3D/Globals8.h>
 #include <Quasarlens3D/InternalObjects8.h>
+#include <Quasarlens3D/LightEngine8.h>
 #include <Quasarlens3D/MaterialFactory8.h>
 #include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Quasarlens8.h>

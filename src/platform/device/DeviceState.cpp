@@ -101,7 +101,8 @@ Material Device::getMaterial() const { return impl_->state.material; }
 void Device::setLight(std::uint32_t index, const Light& light) {
   impl_->note("SetLight", index, light);
   requireLight(index);
-  if (light.type < 1 || light.type > 3) invalidCall("no light type " + number(light.type));
+  // Type 0, the light of nothing, lights nothing.
+  if (light.type > 3) invalidCall("no light type " + number(light.type));
   impl_->change(impl_->state.lights[index], light);
 }
 

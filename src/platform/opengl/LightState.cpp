@@ -41,7 +41,7 @@ void materialUniforms(const device::State& state, DrawUniforms& out) {
 std::vector<LightUniforms> lightUniforms(const device::State& state) {
   std::vector<LightUniforms> out;
   for (std::size_t i = 0; i < device::kLights; ++i)
-    if (state.lightEnabled[i]) out.push_back(inCameraSpace(state.lights[i], state.view));
+    if (state.lightEnabled[i] && state.lights[i].type != 0) out.push_back(inCameraSpace(state.lights[i], state.view));
   return out;
 }
 

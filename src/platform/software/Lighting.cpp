@@ -177,7 +177,7 @@ Lighting lightingOf(const device::State& state, bool vertexDiffuse, bool vertexS
   for (std::size_t c = 0; c < 4; ++c)
     out.globalAmbient[c] = static_cast<float>(r.ambient >> (8 * c) & 255) * (1.0f / 255);
   for (std::size_t i = 0; i < device::kLights; ++i)
-    if (state.lightEnabled[i]) out.lights.push_back(sourceOf(state.lights[i], state.view));
+    if (state.lightEnabled[i] && state.lights[i].type != 0) out.lights.push_back(sourceOf(state.lights[i], state.view));
   return out;
 }
 
