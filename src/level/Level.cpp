@@ -2,6 +2,7 @@
 
 #include "level/EntityText.h"
 #include "level/LevelState.h"
+#include "level/Queries.h"
 #include "platform/host/Files.h"
 #include "render/TextureTable.h"
 
@@ -50,6 +51,7 @@ math::Mat4 levelRotation() { return math::rotationX(-std::numbers::pi_v<float> /
 Level::Level(engine::EngineContext& context) : impl_(std::make_unique<Impl>(context)) {
   context.log.write("BSP Tree object initialized. STATE : OK");
   context.get<ActiveLevel>().level = this;
+  context.get<engine::HitTargets>().level = this;
 }
 
 Level::~Level() {
@@ -58,6 +60,8 @@ Level::~Level() {
   context.log.write("Desallocate texture memory. Please Wait...");
   ActiveLevel& active = context.get<ActiveLevel>();
   if (active.level == this) active.level = nullptr;
+  engine::HitTargets& targets = context.get<engine::HitTargets>();
+  if (targets.level == this) targets.level = nullptr;
 }
 
 void Level::load(std::string& fileName, const LoadOptions& options) {
@@ -109,5 +113,31 @@ math::Vec3 Level::startPosition() const {
 }
 
 const std::string& Level::entityText() const { return impl_->data.entityText; }
+
+bool Level::detectCollision(const math::Vec3& start, const math::Vec3& end) {
+  return rayFaces(*impl_, start, end, impl_->context.collisionPrecision).has_value();
+}
+
+engine::HitResult Level::castRay(const math::Vec3& start, const math::Vec3& end) {
+  engine::HitResult result;
+  result.collision = detectCollision(start, end);
+  if (result.collision) result.objectId = engine::kLevelObject;
+  return result;
+}
+
+float Level::altitude(const math::Vec3& point) { return level::altitude(*impl_, point); }
+
+bool Level::detectSphereCollision(const math::Vec3& position, float radius, std::int16_t flags) {
+  constexpr std::int16_t kPassSolid = 1;
+  return sphereCollides(*impl_, position, radius, flags == kPassSolid);
+}
+
+engine::HitResult Level::moveSphere(const math::Vec3& from, const math::Vec3& to, float radius) {
+  return level::moveSphere(*impl_, from, to, radius);
+}
+
+bool Level::lineSight(const math::Vec3& start, const math::Vec3& end, std::int32_t node) const {
+  return lineOfSight(*impl_, start, end, node);
+}
 
 }  // namespace ql::level

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/EngineContext.h"
+#include "engine/HitTarget.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,10 +19,10 @@ struct LoadOptions {
 };
 
 /// One level. It registers itself as the active one.
-class Level {
+class Level : public engine::HitTarget {
  public:
   explicit Level(engine::EngineContext& context);
-  ~Level();
+  ~Level() override;
   Level(const Level&) = delete;
   Level& operator=(const Level&) = delete;
 
@@ -37,6 +38,18 @@ class Level {
   /// The player start in world coordinates; (0, 0, 0) when the level has none.
   math::Vec3 startPosition() const;
   const std::string& entityText() const;
+
+  // Queries, in world coordinates where nothing else is said.
+  /// Whether a ray from start through end meets a face within the engine's collision precision.
+  bool detectCollision(const math::Vec3& start, const math::Vec3& end);
+  engine::HitResult castRay(const math::Vec3& start, const math::Vec3& end) override;
+  /// The height of the first face below a point; the point's own when there is none.
+  float altitude(const math::Vec3& point);
+  /// Whether a sphere reaches a solid leaf. @param flags 1: solid leaves count as nothing (Quake 3 levels)
+  bool detectSphereCollision(const math::Vec3& position, float radius, std::int16_t flags);
+  engine::HitResult moveSphere(const math::Vec3& from, const math::Vec3& to, float radius);
+  /// Whether a segment in file coordinates reaches no solid leaf below a node. @throws EngineError 9: no such node
+  bool lineSight(const math::Vec3& start, const math::Vec3& end, std::int32_t node) const;
 
  private:
   struct Impl;

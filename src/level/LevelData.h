@@ -33,6 +33,7 @@ struct Leaf {
   std::int32_t cluster = -1;  ///< -1: never seen
   std::array<std::int32_t, 3> mins{}, maxs{};
   std::int32_t firstLeafFace = 0, leafFaceCount = 0;
+  bool solid = false;  ///< nothing can be in it
 };
 /// The sphere around a leaf's box, in the level's space (file coordinates with x negated).
 struct LeafSphere {
@@ -62,6 +63,7 @@ struct LevelData {
   std::vector<Q3Node> nodes;
   std::vector<Q3Model> models;
   std::vector<math::Vec3> positions;  ///< of the vertex buffer
+  bool facesAreFans = false;          ///< faces' vertices are fans, else lists of triangles
 };
 
 }  // namespace ql::level

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/EngineContext.h"
+#include "level/Collision.h"
 #include "level/LevelData.h"
 #include "level/Visibility.h"
 
@@ -22,6 +23,8 @@ struct LevelState {
   LevelKind kind = LevelKind::HalfLife;
   LevelData data;
   VisibleFaces visible;
+  FaceCollision faceCollision;
+  SphereDescent lastDescent;  ///< of the last sphere that was tested
   math::Mat4 levelMatrix = math::identity();
 
   bool createMipmaps = true;

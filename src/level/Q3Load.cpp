@@ -15,6 +15,7 @@ namespace {
 
 /// A damaged file cannot make the log grow without bounds.
 constexpr std::uint32_t kMostPatchLines = 1000;
+constexpr std::int32_t kSolidArea = -1;
 
 template <class Count>
 void logCount(diagnostics::Log& log, std::string_view label, Count count) {
@@ -74,7 +75,8 @@ void buildLeaves(LevelData& data, const std::vector<Q3Leaf>& leaves) {
   data.leaves.reserve(leaves.size());
   data.leafSpheres.reserve(leaves.size());
   for (const Q3Leaf& leaf : leaves) {
-    data.leaves.push_back({leaf.cluster, leaf.mins, leaf.maxs, leaf.firstLeafFace, leaf.leafFaceCount});
+    data.leaves.push_back(
+        {leaf.cluster, leaf.mins, leaf.maxs, leaf.firstLeafFace, leaf.leafFaceCount, leaf.area == kSolidArea});
     data.leafSpheres.push_back(leafSphere(data.leaves.back()));
   }
 }
@@ -108,6 +110,7 @@ void loadQuake3(LevelState& level, std::vector<std::byte> bytes) {
   level.kind = LevelKind::Quake3;
   level.data = {};
   level.visible.reset();
+  level.faceCollision.reset();
 
   Q3Bsp file;
   file.header = readQ3Header(bytes);

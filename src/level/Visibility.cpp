@@ -12,13 +12,6 @@ constexpr std::uint32_t kRebuildAfter = 2000;  // milliseconds
 constexpr float kTurnLimit = 0.7f;             // cosine of the turn that forces a rebuild
 constexpr float kFrustumMargin = 30;           // world units that a sphere may lie outside and still counts as visible
 
-/// From the world into the level's space, for a matrix that rotates and moves.
-math::Vec3 toLevelSpace(const math::Vec3& point, const math::Mat4& m) {
-  const math::Vec3 p = math::subtract(point, {m.m41, m.m42, m.m43});
-  return {p.x * m.m11 + p.y * m.m12 + p.z * m.m13, p.x * m.m21 + p.y * m.m22 + p.z * m.m23,
-          p.x * m.m31 + p.y * m.m32 + p.z * m.m33};
-}
-
 bool sphereVisible(const LeafSphere& sphere, const View& view) {
   const math::Vec3 center = math::transformPoint(sphere.center, view.world);
   return std::none_of(view.frustum.begin(), view.frustum.end(), [&](const math::Plane& plane) {
@@ -41,6 +34,12 @@ std::pair<std::ptrdiff_t, std::ptrdiff_t> partition(std::vector<VisibleFace>& fa
 }
 
 }  // namespace
+
+math::Vec3 toLevelSpace(const math::Vec3& point, const math::Mat4& m) {
+  const math::Vec3 p = math::subtract(point, {m.m41, m.m42, m.m43});
+  return {p.x * m.m11 + p.y * m.m12 + p.z * m.m13, p.x * m.m21 + p.y * m.m22 + p.z * m.m23,
+          p.x * m.m31 + p.y * m.m32 + p.z * m.m33};
+}
 
 std::int32_t findCluster(const LevelData& level, const math::Mat4& levelMatrix, const math::Vec3& point) {
   const math::Vec3 p = toLevelSpace(point, levelMatrix);
@@ -88,7 +87,11 @@ void sortByKey(std::vector<VisibleFace>& faces) {
   }
 }
 
-void VisibleFaces::reset() { *this = VisibleFaces(); }
+void VisibleFaces::reset() {
+  const std::uint32_t next = version_ + 1;
+  *this = VisibleFaces();
+  version_ = next;
+}
 
 void VisibleFaces::update(const LevelData& level, const View& view) {
   const math::Vec3 direction = math::normalize(math::subtract(view.lookAt, view.position));
@@ -130,11 +133,13 @@ void VisibleFaces::listAll(const LevelData& level) {
     list_.push_back({static_cast<std::int32_t>(i), level.faces[i].key});
   sortByKey(list_);
   marks_.clear();
+  ++version_;
   holdsAll_ = true;
 }
 
 void VisibleFaces::rebuild(const LevelData& level, const View& view) {
   marks_.assign(level.faces.size(), 0);
+  ++version_;
   list_.clear();
   holdsAll_ = false;
   for (std::size_t i = 1; i < level.leaves.size(); ++i) {

@@ -27,6 +27,9 @@ struct View {
   bool usePvs = true;                       ///< off: every face, every frame
 };
 
+/// From the world into a level's space (file coordinates with x negated). @param levelMatrix rotates and moves
+math::Vec3 toLevelSpace(const math::Vec3& point, const math::Mat4& levelMatrix);
+
 /// The cluster of the first leaf (from leaf 1 on) whose box holds a point of the world, faces included; 0 when none
 /// does.
 std::int32_t findCluster(const LevelData& level, const math::Mat4& levelMatrix, const math::Vec3& point);
@@ -47,6 +50,8 @@ class VisibleFaces {
   /// Whether the last rebuild found a face. Before the first one, and while the list holds all faces, every face
   /// counts.
   bool contains(std::size_t face) const { return marks_.empty() || marks_[face] != 0; }
+  /// Differs whenever contains() may answer otherwise than before.
+  std::uint32_t version() const { return version_; }
   std::int32_t cluster() const { return cluster_; }
 
  private:
@@ -62,6 +67,7 @@ class VisibleFaces {
   math::Vec3 lastPosition_{-9999, -9999, -9999};
   math::Vec3 lastDirection_;
   std::uint32_t lastRebuild_ = 0;  ///< ticks
+  std::uint32_t version_ = 0;
   bool holdsAll_ = false;
 };
 
