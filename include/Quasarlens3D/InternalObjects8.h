@@ -106,6 +106,17 @@ struct FrameStatistics {
   std::uint32_t faces = 0;      ///< of levels, each counted once
   std::uint64_t triangles = 0;  ///< handed to the device, all passes
   std::uint64_t drawCalls = 0;
+  // What the reference device tells of its work; all 0 on the hardware device. Every triangle is either culled or
+  // drawn.
+  std::uint64_t trianglesCulled = 0;   ///< turned away, without area, or outside the view
+  std::uint64_t trianglesClipped = 0;  ///< cut at the near or the far plane or far outside the picture
+  std::uint64_t trianglesDrawn = 0;
+  std::uint64_t pixelsShaded = 0;  ///< colours computed: pixels inside a primitive that passed the depth test
+  std::uint64_t tilesTouched = 0;  ///< parts of 64 x 64 pixels that were drawn on or cleared, each time they were
+  // Milliseconds of each stage, of all threads together.
+  double verticesMs = 0;  ///< transforming and lighting
+  double binningMs = 0;   ///< culling and clipping, and sorting triangles by tiles
+  double tilesMs = 0;     ///< setting triangles up and drawing pixels
 };
 
 /// Access to the engine's inner objects. It has no state of its own; each call returns a new reference.
@@ -144,6 +155,15 @@ class QUASARLENS3D_API InternalObjects8 : public Detail::Handle<Detail::Internal
   Boolean StartTrace(const std::string& FileName);
   /// Finishes the trace. @return whether all of it was written; False when there is none
   Boolean StopTrace();
+  /// Writes from the next finished frame on what every thread does when, in the JSON format of trace events that the
+  /// trace viewers of browsers open: a row for the frames and one for each thread of the reference device. It goes on
+  /// over new devices until StopStages or the engine's end; stages that are being written are finished first.
+  /// @param FileName is replaced when it exists
+  /// @return False, with a line in the log, when the file cannot be written
+  /// @throws Error 91 without an engine object
+  Boolean StartStages(const std::string& FileName);
+  /// Finishes the file. @return whether all of it was written; False when there is none
+  Boolean StopStages();
 
  private:
   friend struct Detail::Access;

@@ -1,6 +1,7 @@
 #include "api/Guard.h"
 #include "api/Pixels.h"
 #include "api/Textures.h"
+#include "engine/Stages.h"
 #include "engine/Tracing.h"
 #include "platform/device/Device.h"
 #include "platform/host/Clock.h"
@@ -97,8 +98,14 @@ std::int32_t InternalObjects8::GetDeviceKind() const {
 }
 FrameStatistics InternalObjects8::GetFrameStatistics() const {
   return call(*this, [](InternalsObject& self) {
-    const engine::FrameStatistics& counted = self.context->statistics;
-    return FrameStatistics{counted.faces, counted.triangles, counted.drawCalls};
+    const auto& [faces, work] = self.context->statistics;
+    const auto ms = [&work = work](device::WorkStep step) {
+      return static_cast<double>(work.nanoseconds[static_cast<std::size_t>(step)]) * 1e-6;
+    };
+    using device::WorkStep;
+    return FrameStatistics{
+        faces,       work.triangles, work.drawCalls,         work.culled,           work.clipped,       work.drawn,
+        work.pixels, work.tiles,     ms(WorkStep::Vertices), ms(WorkStep::Binning), ms(WorkStep::Tiles)};
   });
 }
 void InternalObjects8::SetClock(std::function<std::uint32_t()> Ticks) {
@@ -111,6 +118,12 @@ Boolean InternalObjects8::StartTrace(const std::string& FileName) {
 }
 Boolean InternalObjects8::StopTrace() {
   return call(*this, [](InternalsObject& self) { return Boolean(engine::stopTrace(*self.context)); });
+}
+Boolean InternalObjects8::StartStages(const std::string& FileName) {
+  return call(*this, [&](InternalsObject& self) { return Boolean(engine::startStages(*self.context, FileName)); });
+}
+Boolean InternalObjects8::StopStages() {
+  return call(*this, [](InternalsObject& self) { return Boolean(engine::stopStages(*self.context)); });
 }
 
 }  // namespace Quasarlens3D

@@ -61,9 +61,8 @@ class StepTable {
 
 /// What the last finished frame drew.
 struct FrameStatistics {
-  std::uint32_t faces = 0;      ///< level faces drawn, each counted once
-  std::uint64_t triangles = 0;  ///< handed to the device, all passes
-  std::uint64_t drawCalls = 0;
+  std::uint32_t faces = 0;  ///< level faces drawn, each counted once
+  device::Statistics work;  ///< the device's
 };
 
 /// Height of the ground under a point, for whoever walks on it; the landscape provides it.

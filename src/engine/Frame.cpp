@@ -37,9 +37,7 @@ void updateFrameCounter(EngineContext& context) {
 
 void countWork(EngineContext& context) {
   const device::Statistics& total = context.device->backEnd()->statistics();
-  context.statistics = {.faces = context.facesThisFrame,
-                        .triangles = total.triangles - context.countedWork.triangles,
-                        .drawCalls = total.drawCalls - context.countedWork.drawCalls};
+  context.statistics = {.faces = context.facesThisFrame, .work = total - context.countedWork};
   context.countedWork = total;
   context.facesThisFrame = 0;
 }

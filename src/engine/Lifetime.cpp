@@ -1,4 +1,5 @@
 #include "engine/Engine.h"
+#include "engine/Stages.h"
 #include "engine/Tracing.h"
 
 namespace ql::engine {
@@ -25,6 +26,7 @@ void releaseEngine(EngineContext& context) {
                                    ReleaseStage::Scene, ReleaseStage::Level, ReleaseStage::Landscape})
     ignoringErrors([&] { context.releaseSteps.run(stage); });
   ignoringErrors([&] { stopTrace(context); });
+  ignoringErrors([&] { stopStages(context); });
   context.systemFont.reset();
   context.device.reset();
   context.direct3D.reset();

@@ -141,8 +141,8 @@ TEST_F(Frames, StatisticsAreThoseOfTheFinishedFrame) {
       context.facesThisFrame += 5;
     }
     renderToScreen(context);
-    EXPECT_EQ(context.statistics.drawCalls, static_cast<std::uint64_t>(draws));
-    EXPECT_EQ(context.statistics.triangles, static_cast<std::uint64_t>(2 * draws));
+    EXPECT_EQ(context.statistics.work.drawCalls, static_cast<std::uint64_t>(draws));
+    EXPECT_EQ(context.statistics.work.triangles, static_cast<std::uint64_t>(2 * draws));
     EXPECT_EQ(context.statistics.faces, static_cast<std::uint32_t>(5 * draws));
     EXPECT_EQ(context.facesThisFrame, 0u);
   }

@@ -3,6 +3,7 @@
 #include "support/TinyQ3Level.h"
 
 #include <algorithm>
+#include <map>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -86,6 +87,12 @@ TEST_F(WalkProgram, TheReportCountsWhatEachFrameDrew) {
   EXPECT_EQ(report["frames"][1]["faces"], 4);
   EXPECT_GT(report["frames"][1]["triangles"], 4);
   EXPECT_GT(report["frames"][1]["draw_calls"], 4);
+  for (const auto& frame : report["frames"]) {
+    EXPECT_EQ(frame["culled"].get<int>() + frame["drawn"].get<int>(), frame["triangles"]);
+    EXPECT_GT(frame["pixels"], 0);
+    EXPECT_EQ(frame["tiles"], 2) << "80 x 60 pixels";
+    for (const char* step : {"vertices_ms", "binning_ms", "tiles_ms"}) EXPECT_GT(frame[step], 0) << step;
+  }
   const double first = report["frames"][0]["ms"], second = report["frames"][1]["ms"];
   EXPECT_EQ(report["median_ms"], std::min(first, second));
   EXPECT_EQ(report["p95_ms"], std::max(first, second));
@@ -95,6 +102,27 @@ TEST_F(WalkProgram, TheReportCountsWhatEachFrameDrew) {
   const auto all = nlohmann::json::parse(
       walk("maps/room.bsp --poses poses.json --size 80x60 --device ref --out out --json - --no-pvs").output);
   EXPECT_EQ(all["frames"][0]["faces"], 4);
+}
+
+TEST_F(WalkProgram, WritesWhatEachThreadDoesWhen) {
+  ASSERT_EQ(walk("maps/room.bsp --frames 4 --size 80x60 --device ref --no-pictures --stages stages.json").code, 0);
+  std::map<std::string, int> counts;
+  double before = 0;
+  for (const auto& event : nlohmann::json::parse(contents("stages.json"))) {
+    EXPECT_EQ(event["pid"], 1);
+    const std::string name = event["name"];
+    ++counts[name.substr(0, name.find(' '))];
+    if (event["ph"] == "M") continue;
+    EXPECT_EQ(event["ph"], "X");
+    EXPECT_GE(event["dur"], 0);
+    if (event["tid"] != 0) continue;
+    EXPECT_GE(event["ts"], before) << "frames come one after another";
+    before = event["ts"];
+  }
+  EXPECT_GE(counts["frame"], 4);
+  EXPECT_GE(counts["thread_name"], 2);
+  for (const char* step : {"vertices", "binning", "tiles"}) EXPECT_GE(counts[step], 4) << step;
+  EXPECT_EQ(walk("maps/room.bsp --no-pictures --stages poses.json/below").code, 3);
 }
 
 TEST_F(WalkProgram, FliesALevelsOwnPathAndLeavesTheUsersSettingsAlone) {

@@ -76,6 +76,9 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   app.add_option("--json", options.json, "file for the timings, - for standard output; default: walk.json in --out")
       ->type_name("FILE");
   app.add_option("--trace", options.trace, "record the device's calls in a file, for ql-trace")->type_name("FILE");
+  app.add_option("--stages", options.stages,
+                 "write what each thread does when, for a trace viewer (chrome://tracing, ui.perfetto.dev)")
+      ->type_name("FILE");
   app.add_flag("--no-pictures", options.noPictures, "draw, write no pictures (and timings only with --json)");
   app.add_flag("--window", options.window, "show the flight in a window, write no pictures");
   auto* quietFlag = app.add_flag("--quiet", quiet, "say nothing but errors");

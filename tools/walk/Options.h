@@ -26,8 +26,9 @@ struct Options {
   bool noPvs = false;
   std::optional<int> fixedStep;  ///< milliseconds of engine time from frame to frame
   std::filesystem::path out = "out/walk";
-  std::optional<std::string> json;             ///< file, or "-" for standard output
-  std::optional<std::filesystem::path> trace;  ///< file for the device's calls
+  std::optional<std::string> json;              ///< file, or "-" for standard output
+  std::optional<std::filesystem::path> trace;   ///< file for the device's calls
+  std::optional<std::filesystem::path> stages;  ///< file for what each thread does when
   bool noPictures = false;
   bool window = false;
   Talk talk = Talk::Normal;

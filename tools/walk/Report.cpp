@@ -37,11 +37,19 @@ std::string Report::json() const {
                                 {"p95_ms", rounded(quantile(0.95))},
                                 {"peak_bytes", peakBytes()},
                                 {"frames", nlohmann::ordered_json::array()}};
-  for (const FrameReport& frame : frames)
-    out["frames"].push_back({{"ms", rounded(frame.ms)},
-                             {"faces", frame.faces},
-                             {"triangles", frame.triangles},
-                             {"draw_calls", frame.drawCalls}});
+  for (const auto& [ms, s] : frames) {
+    nlohmann::ordered_json& frame = out["frames"].emplace_back();
+    frame = {{"ms", rounded(ms)}, {"faces", s.faces}, {"triangles", s.triangles}, {"draw_calls", s.drawCalls}};
+    if (device != "ref") continue;  // the other doesn't know
+    frame.update({{"culled", s.trianglesCulled},
+                  {"clipped", s.trianglesClipped},
+                  {"drawn", s.trianglesDrawn},
+                  {"pixels", s.pixelsShaded},
+                  {"tiles", s.tilesTouched},
+                  {"vertices_ms", rounded(s.verticesMs)},
+                  {"binning_ms", rounded(s.binningMs)},
+                  {"tiles_ms", rounded(s.tilesMs)}});
+  }
   return out.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 

@@ -2,6 +2,8 @@
 /// What a walk measured.
 #pragma once
 
+#include <Quasarlens3D/InternalObjects8.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -10,8 +12,7 @@ namespace walk {
 
 struct FrameReport {
   double ms = 0;
-  std::uint32_t faces = 0;
-  std::uint64_t triangles = 0, drawCalls = 0;
+  Quasarlens3D::FrameStatistics statistics;
 };
 
 struct Report {

@@ -49,6 +49,8 @@ class Session {
     scene_.SetViewFrustum(options.fieldOfView.value_or(kEngineFieldOfView), options.farPlane.value_or(farPlane));
     if (options.trace && !internals_.StartTrace(options.trace->string()))
       throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", options.trace->string()));
+    if (options.stages && !internals_.StartStages(options.stages->string()))
+      throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", options.stages->string()));
     startDevice(options);
     std::string base = place.base.string();
     engine_.SetSearchDirectory(base);
@@ -69,8 +71,7 @@ class Session {
     engine_.RenderToScreen();
     internals_.GetBackbuffer().Wait();
     const double ms = millisecondsSince(start);
-    const ql::FrameStatistics statistics = internals_.GetFrameStatistics();
-    report.frames.push_back({ms, statistics.faces, statistics.triangles, statistics.drawCalls});
+    report.frames.push_back({ms, internals_.GetFrameStatistics()});
   }
 
   /// Makes the next frame's picture independent of all frames before: an empty frame takes the pose's frustum planes,
@@ -88,10 +89,13 @@ class Session {
             surface.ReadPixels()};
   }
 
-  /// Ends the trace, if any. @throws Failure Unreadable
+  /// Ends the trace and the stages, if any. @throws Failure Unreadable
   void finish(const Options& options) {
-    if (options.trace && !internals_.StopTrace())
-      throw Failure(ExitCode::Unreadable, fmt::format("{} could not be written completely", options.trace->string()));
+    const auto check = [](bool whole, const fs::path& file) {
+      if (!whole) throw Failure(ExitCode::Unreadable, fmt::format("{} could not be written completely", file.string()));
+    };
+    if (options.trace) check(internals_.StopTrace(), *options.trace);
+    if (options.stages) check(internals_.StopStages(), *options.stages);
   }
 
   void advance(std::uint32_t ms) { *time_ += ms; }
@@ -210,6 +214,7 @@ void run(const Options& given) {
   // The engine changes the current folder.
   options.out = fs::absolute(options.out);
   if (options.trace) options.trace = fs::absolute(*options.trace);
+  if (options.stages) options.stages = fs::absolute(*options.stages);
   const bool jsonToOutput = options.json == "-";
   const fs::path jsonFile = options.json ? fs::absolute(*options.json) : options.out / "walk.json";
   if (options.window) {

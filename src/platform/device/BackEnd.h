@@ -6,6 +6,7 @@
 #include "platform/device/Constants.h"
 #include "platform/device/Display.h"
 #include "platform/device/State.h"
+#include "platform/device/Statistics.h"
 
 #include <array>
 #include <cstddef>
@@ -57,11 +58,6 @@ struct PixelRect {
   std::uint32_t x = 0, y = 0, width = 0, height = 0;
 };
 
-/// Counts of work since the device was created; differences are per frame.
-struct Statistics {
-  std::uint64_t drawCalls = 0, triangles = 0;
-};
-
 /// A renderer. Calls come from one thread; work may be deferred until a result is asked for.
 class BackEnd {
  public:
@@ -99,6 +95,10 @@ class BackEnd {
   virtual void present(TargetId target, Window* window) = 0;
 
   virtual const Statistics& statistics() const = 0;
+  /// Keeps the spans of all work from now on, or stops to and forgets them.
+  virtual void keepSpans(bool /*on*/) {}
+  /// The spans that were kept since the last call.
+  virtual std::vector<WorkSpan> takeSpans() { return {}; }
 };
 
 }  // namespace ql::device

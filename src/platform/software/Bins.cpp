@@ -30,7 +30,9 @@ class Binner {
         line(i, i + 1, pipeline_->lastPixel && i + 1 == draw.count);
         break;
       default:
+        listed_ = false;
         triangle(triangleOf(draw.type, i));
+        job_.drawn += listed_;
     }
   }
 
@@ -57,6 +59,7 @@ class Binner {
     for (std::size_t i = 0; i < 3; ++i) polygon.corners[i] = readVertex(*pipeline_, draw_->vertex(corners.v[i]));
     if (pipeline_->flat) shareColors(polygon);
     const ClipPolygon whole = polygon;
+    job_.clipped += (any & outcode::kClip) != 0;
     clip(*pipeline_, polygon, any);
     if (polygon.count == 0) return;
     std::array<std::size_t, 12> made{};
@@ -179,6 +182,7 @@ class Binner {
   void cover(const float* v0, const float* v1, const float* v2, std::int64_t area, std::uint32_t id) {
     const Box box = intersect(pixelBox(v0, v1, v2), pipeline_->scissor);
     if (box.empty()) return;
+    listed_ = true;
     const std::int32_t left = box.left / kTileSide, right = (box.right - 1) / kTileSide;
     const std::int32_t top = box.top / kTileSide, bottom = (box.bottom - 1) / kTileSide;
     if (left == right && top == bottom) {
@@ -213,6 +217,7 @@ class Binner {
   const Draw* draw_ = nullptr;
   const Pipeline* pipeline_ = nullptr;
   std::uint32_t number_ = 0;
+  bool listed_ = false;  ///< whether some tile has the triangle
 };
 
 }  // namespace
@@ -222,6 +227,7 @@ void bin(std::span<const Draw> draws, std::int32_t tilesX, std::int32_t tilesY, 
   for (std::vector<std::uint32_t>& list : job.lists) list.clear();
   job.extras.clear();
   job.records.clear();
+  job.drawn = job.clipped = 0;
   Binner binner(tilesX, job);
   std::size_t draw = job.firstDraw;
   for (std::uint32_t i = 0; i < job.primitiveCount; ++i) {

@@ -55,6 +55,7 @@ struct Job {
   std::vector<std::vector<std::uint32_t>> lists;
   std::vector<Extra> extras;
   std::vector<float> records;
+  std::uint32_t drawn = 0, clipped = 0;  ///< triangles listed somewhere, whole or in parts; triangles that were cut
 };
 
 /// Fills a job's lists. @param tilesX,tilesY of the target

@@ -28,6 +28,12 @@ inline bool none(const Mask& mask) {
   return any == 0;
 }
 
+inline std::uint32_t pixelsOf(const Mask& mask) {
+  std::int32_t count = 0;
+  for (int i = 0; i < kLanes; ++i) count -= mask[i];
+  return static_cast<std::uint32_t>(count);
+}
+
 enum Channel : int { kBlue = 0, kGreen = 1, kRed = 2, kAlpha = 3 };
 
 /// The colours of a block, a plane per channel, values 0 to 255.

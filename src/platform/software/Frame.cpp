@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace ql::software {
 namespace {
@@ -13,7 +14,7 @@ constexpr std::size_t kMostPrimitives = std::size_t{1} << 20;
 
 }  // namespace
 
-Frame::Frame(unsigned threads, const KernelSet& kernels) : pool_(threads), kernels_(kernels) {
+Frame::Frame(unsigned threads, const KernelSet& kernels) : pool_(threads), meter_(pool_.threads()), kernels_(kernels) {
   for (unsigned i = 0; i < pool_.threads(); ++i) tiles_.push_back(std::make_unique<Tile>());
 }
 
@@ -49,6 +50,7 @@ void Frame::draw(const Pipeline* pipeline, const device::DrawPacket& packet, con
     draw.source = copy;
   }
   primitives_ += packet.primitiveCount;
+  if (packet.primitive >= device::PrimitiveType::TriangleList) triangles_ += packet.primitiveCount;
   recordFloats_ += std::size_t{packet.vertexCount} * static_cast<std::size_t>(pipeline->attributes.recordFloats());
   draws_.push_back(draw);
 }
@@ -58,15 +60,17 @@ void Frame::clear(Clear clear) {
   clears_.push_back(clear);
 }
 
-void Frame::flush(Target& target) {
+void Frame::flush(Target& target, device::Statistics& statistics) {
   if (empty()) return;
   transform();
   binAll(target);
   const Target::Rows rows = target.beginWrite();
   pool_.run(static_cast<std::uint32_t>(target.tilesX() * target.tilesY()), [&](std::uint32_t index, unsigned worker) {
-    drawTile(rows, target, static_cast<std::int32_t>(index), *tiles_[worker]);
+    meter_.time(worker, device::WorkStep::Tiles,
+                [&] { drawTile(rows, target, static_cast<std::int32_t>(index), *tiles_[worker]); });
   });
   target.endWrite();
+  count(statistics);
   draws_.clear();
   clears_.clear();
   for (std::size_t i = 0; i < pipelineCount_; ++i)
@@ -75,7 +79,22 @@ void Frame::flush(Target& target) {
   buffers_.clear();
   copies_.reset();
   copiedBytes_ = recordFloats_ = 0;
-  primitives_ = 0;
+  primitives_ = triangles_ = 0;
+}
+
+void Frame::count(device::Statistics& statistics) {
+  meter_.collect(statistics);
+  std::uint64_t drawn = 0;
+  for (std::size_t i = 0; i < jobCount_; ++i) {
+    drawn += jobs_[i].drawn;
+    statistics.clipped += jobs_[i].clipped;
+  }
+  statistics.drawn += drawn;
+  statistics.culled += triangles_ - drawn;
+  for (const std::unique_ptr<Tile>& tile : tiles_) {
+    statistics.pixels += std::exchange(tile->shaded, 0);
+    statistics.tiles += std::exchange(tile->touched, 0);
+  }
 }
 
 void Frame::transform() {
@@ -102,15 +121,19 @@ void Frame::transform() {
     }
     grouped += ranges_[i].count;
   }
-  pool_.run(static_cast<std::uint32_t>(groups_.size()), [&](std::uint32_t group, unsigned) {
-    const std::size_t end = group + 1 < groups_.size() ? groups_[group + 1] : ranges_.size();
-    for (std::size_t i = groups_[group]; i < end; ++i) {
-      const Range& range = ranges_[i];
-      const Draw& draw = draws_[range.draw];
-      float* records = records_.get() + (draw.record(range.first) - records_.get());
-      transformVertices(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count, records);
-    }
+  pool_.run(static_cast<std::uint32_t>(groups_.size()), [&](std::uint32_t group, unsigned worker) {
+    meter_.time(worker, device::WorkStep::Vertices, [&] { transformGroup(group); });
   });
+}
+
+void Frame::transformGroup(std::size_t group) {
+  const std::size_t end = group + 1 < groups_.size() ? groups_[group + 1] : ranges_.size();
+  for (std::size_t i = groups_[group]; i < end; ++i) {
+    const Range& range = ranges_[i];
+    const Draw& draw = draws_[range.draw];
+    float* records = records_.get() + (draw.record(range.first) - records_.get());
+    transformVertices(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count, records);
+  }
 }
 
 void Frame::binAll(const Target& target) {
@@ -124,8 +147,9 @@ void Frame::binAll(const Target& target) {
     while (job.firstPrimitive - draws_[draw].first >= draws_[draw].count) ++draw;
     job.firstDraw = draw;
   }
-  pool_.run(static_cast<std::uint32_t>(jobCount_),
-            [&](std::uint32_t i, unsigned) { bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]); });
+  pool_.run(static_cast<std::uint32_t>(jobCount_), [&](std::uint32_t i, unsigned worker) {
+    meter_.time(worker, device::WorkStep::Binning, [&] { bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]); });
+  });
 }
 
 void Frame::drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile) {
@@ -139,6 +163,7 @@ void Frame::drawTile(const Target::Rows& rows, Target& target, std::int32_t inde
       std::any_of(clears_.begin(), clears_.end(), [&](const Clear& c) { return !intersect(c.box, tile.area).empty(); });
   const auto jobsEnd = jobs_.begin() + static_cast<std::ptrdiff_t>(jobCount_);
   if (!cleared && std::none_of(jobs_.begin(), jobsEnd, touches)) return;
+  ++tile.touched;
   // When the first clear takes the whole tile, nothing before it shows.
   const bool fresh = !clears_.empty() && clears_[0].color && intersect(clears_[0].box, tile.area) == tile.area;
   if (!fresh) loadColor(tile, rows);

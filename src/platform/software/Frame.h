@@ -5,6 +5,7 @@
 #include "platform/software/Arena.h"
 #include "platform/software/Bins.h"
 #include "platform/software/Kernels.h"
+#include "platform/software/Meter.h"
 #include "platform/software/Pool.h"
 #include "platform/software/Tile.h"
 
@@ -38,7 +39,9 @@ class Frame {
   void clear(Clear clear);
 
   /// Carries everything out.
-  void flush(Target& target);
+  /// @param statistics to add what was done to
+  void flush(Target& target, device::Statistics& statistics);
+  Meter& meter() { return meter_; }
 
  private:
   struct Range {
@@ -46,11 +49,14 @@ class Frame {
     std::uint32_t first = 0, count = 0;
   };
   void transform();
+  void transformGroup(std::size_t group);
   void binAll(const Target& target);
   void drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile);
+  void count(device::Statistics& statistics);
   void drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear);
 
   Pool pool_;
+  Meter meter_;
   const KernelSet& kernels_;
   std::vector<std::unique_ptr<Tile>> tiles_;  ///< one per thread
   std::deque<Pipeline> pipelines_;            ///< the first pipelineCount_ are in use
@@ -60,7 +66,7 @@ class Frame {
   std::vector<Bytes> buffers_;  ///< that draws read
   Arena copies_;                ///< of vertices from memory
   std::size_t copiedBytes_ = 0, recordFloats_ = 0;
-  std::uint32_t primitives_ = 0;
+  std::uint32_t primitives_ = 0, triangles_ = 0;  ///< that wait; triangles among them
   std::unique_ptr<float[]> records_;
   std::size_t recordCapacity_ = 0;
   std::vector<Job> jobs_;

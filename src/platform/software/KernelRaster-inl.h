@@ -98,6 +98,7 @@ class Painter {
       }
   }
 
+  std::uint64_t shaded() const { return shaded_; }
   void draw() {
     constexpr int kSide = TileDepth::kCoarseSide;
     for (int k = 0; k < 3; ++k)
@@ -306,6 +307,7 @@ class Painter {
         if (hn::AllFalse(kInt, mask)) continue;
         if (p_.depthWrite && !p_.alphaTest) hn::Store(hn::IfThenElse(mask, depth, stored), kInt, depths + i);
       }
+      shaded_ += hn::CountTrue(kInt, mask);
       const Color color = colorAt(i, level);
       if (p_.alphaTest) {
         const Ints alpha = hn::BitCast(kInt, hn::ShiftRight<24>(packed(color)));
@@ -362,6 +364,7 @@ class Painter {
   alignas(64) std::int32_t edge_[3][kLanes];
   alignas(64) float base_[kMaxAttributes];  ///< at the first pixel of the block that is being drawn
   std::int32_t blockMax_[3];
+  std::uint64_t shaded_ = 0;
   bool flatDistance_ = false;  ///< the same w everywhere
   std::array<bool, device::kStages> perBlock_{};
   std::array<std::array<LevelChoice, 4>, device::kStages> level_;
@@ -370,7 +373,9 @@ class Painter {
 
 template <Texturing kTexturing, Blending kBlending>
 void paint(const Pipeline& p, const Triangle& t, Tile& tile) {
-  Painter<kTexturing, kBlending>(p, t, tile).draw();
+  Painter<kTexturing, kBlending> painter(p, t, tile);
+  painter.draw();
+  tile.shaded += painter.shaded();
 }
 
 template <Texturing kTexturing>

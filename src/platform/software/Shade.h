@@ -234,6 +234,7 @@ void shade(const Pipeline& p, const Triangle& t, Tile& tile, int x, int y, Mask*
     if (none(*mask)) return;
     if (p.depthWrite && !p.alphaTest) writeDepth();
   }
+  tile.shaded += mask ? pixelsOf(*mask) : std::uint64_t{kLanes};
   Colors colors;
   colorOf<kTexturing>(p, t, atX, atY, colors);
   if (p.alphaTest) {

@@ -76,6 +76,8 @@ class SoftwareBackEnd final : public device::BackEnd {
   void present(TargetId target, device::Window* window) override;
 
   const device::Statistics& statistics() const override { return statistics_; }
+  void keepSpans(bool on) override { frame_.meter().keepSpans(on); }
+  std::vector<device::WorkSpan> takeSpans() override { return frame_.meter().takeSpans(); }
 
  private:
   TargetId add(std::unique_ptr<Target> target) {
@@ -93,7 +95,7 @@ class SoftwareBackEnd final : public device::BackEnd {
     return target;
   }
   void flush() {
-    if (pending_ != TargetId::None && !frame_.empty()) frame_.flush(*targets_.at(pending_));
+    if (pending_ != TargetId::None && !frame_.empty()) frame_.flush(*targets_.at(pending_), statistics_);
     pipeline_ = nullptr;
     pipelineTextures_ = {};  // else the next upload would copy
   }
@@ -150,7 +152,10 @@ void SoftwareBackEnd::draw(const device::DrawPacket& packet) {
   const Target& target = begin(packet.target);
   if (frame_.full(target)) flush();
   const Pipeline* pipeline = pipelineFor(packet, target);
-  if (!pipeline->draws()) return;
+  if (!pipeline->draws()) {
+    if (packet.primitive >= device::PrimitiveType::TriangleList) statistics_.culled += packet.primitiveCount;
+    return;
+  }
   frame_.draw(pipeline, packet, packet.buffer == BufferId::None ? nullptr : buffers_.at(packet.buffer));
 }
 

@@ -14,6 +14,8 @@ struct Tile {
   TileDepth* depth = nullptr;                                ///< the target's own
   std::int32_t x = 0, y = 0;                                 ///< of the first pixel in the target
   Box area;                                                  ///< the tile's pixels inside the target
+  std::uint64_t shaded = 0;                                  ///< pixels whose colour was computed, of all tiles so far
+  std::uint64_t touched = 0;                                 ///< tiles so far that were drawn or cleared
 };
 
 /// Reads the tile's colours from the target's rows, or writes them there.
