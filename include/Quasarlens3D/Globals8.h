@@ -79,6 +79,8 @@ class QUASARLENS3D_API Globals8 : public Detail::Handle<Detail::GlobalsObject> {
   /// Writes a texture's largest level as a 24-bit BMP file. @param Texture from InternalObjects8.GetTexture
   /// @throws Error 91 for nothing; 75, 76 when the file cannot be written
   void SaveTexture(const TextureObject& Texture, const std::string& Filename) const;
+  /// Index of the first sprite of that name, whatever the letter case; 0 when there is none.
+  std::int16_t GetSprite(const std::string& Name) const;
   /// Index of the first material of that name, whatever the letter case; 0 when there is none.
   std::int16_t GetMat(const std::string& MaterialName) const;
   /// Always 0: the engine keeps no table of sounds.

@@ -8,12 +8,15 @@
 #include <Quasarlens3D/Error.h>
 #include <Quasarlens3D/Event.h>
 #include <Quasarlens3D/Globals8.h>
+#include <Quasarlens3D/GraphicEffect8.h>
 #include <Quasarlens3D/InternalObjects8.h>
 #include <Quasarlens3D/LightEngine8.h>
 #include <Quasarlens3D/MaterialFactory8.h>
 #include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Quasarlens8.h>
+#include <Quasarlens3D/RenderSurface8.h>
 #include <Quasarlens3D/Scene8.h>
+#include <Quasarlens3D/Screen8.h>
 #include <Quasarlens3D/Texture8.h>
 #include <Quasarlens3D/TextureFactory8.h>
 #include <Quasarlens3D/Types.h>

@@ -5,6 +5,7 @@
 
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
+#include <Quasarlens3D/RenderSurface8.h>
 #include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Texture8.h>
 #include <Quasarlens3D/Types.h>
@@ -64,6 +65,10 @@ class QUASARLENS3D_API Scene8 : public Detail::Handle<Detail::SceneObject> {
   /// Loads a texture without a colour key: see TextureFactory8.LoadTexture.
   Texture8 LoadTexture(ByRef<std::string> Filename, ByRef<std::int32_t> width = -1, ByRef<std::int32_t> height = -1,
                        const std::string& TextureName = "");
+  /// Makes a texture to draw into. @param width,height pixels; the size that the device can use is written back
+  /// @param Texture,PosX,PosY no effect @throws Error 91 before Quasarlens8.Initialize
+  RenderSurface8 CreateRenderSurface(ByRef<std::int32_t> width, ByRef<std::int32_t> height, Boolean Texture,
+                                     std::int32_t PosX = 0, std::int32_t PosY = 0);
 
   /// How far landscape ray tests reach, world units.
   void SetPickingPrecision(float farPlane);

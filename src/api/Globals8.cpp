@@ -4,6 +4,7 @@
 #include "math/Matrix.h"
 #include "platform/utility/TextureFiles.h"
 #include "render/Materials.h"
+#include "render/Sprites.h"
 
 #include <Quasarlens3D/Globals8.h>
 
@@ -112,6 +113,9 @@ std::string Globals8::GetTexNameFromObject(const Texture8& Texture) const {
 }
 void Globals8::SaveTexture(const TextureObject& Texture, const std::string& Filename) const {
   call(*this, [&](GlobalsObject&) { utility::saveTextureToFile(Filename, *api::Access::live(Texture).texture); });
+}
+std::int16_t Globals8::GetSprite(const std::string& Name) const {
+  return call(*this, [&](GlobalsObject& self) { return render::findSpriteIndex(*self.context, Name); });
 }
 std::int16_t Globals8::GetMat(const std::string& MaterialName) const {
   return call(*this, [&](GlobalsObject& self) { return render::findMaterialIndex(*self.context, MaterialName); });

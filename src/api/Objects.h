@@ -7,6 +7,8 @@
 #include "level/Level.h"
 #include "math/SineTable.h"
 #include "platform/device/Resources.h"
+#include "render/RenderSurface.h"
+#include "render/Screen.h"
 #include "render/TextureTable.h"
 #include "render/scene/Scene.h"
 
@@ -44,6 +46,13 @@ struct CameraObject : ObjectBase {
 };
 struct SceneObject : ObjectBase {
   std::shared_ptr<ql::render::scene::Scene> scene = ql::render::scene::createScene(*context);
+};
+struct ScreenObject : ObjectBase {
+  ql::render::Screen screen{*context};
+};
+struct EffectObject : ObjectBase {};
+struct RenderSurfaceObject : ObjectBase {
+  std::unique_ptr<ql::render::RenderSurface> surface;
 };
 struct LevelObject : ObjectBase {
   ql::level::Level level{*context};

@@ -50,6 +50,14 @@ Texture8 Scene8::LoadTexture(ByRef<std::string> Filename, ByRef<std::int32_t> wi
     return api::wrap(self.scene->loadTexture(*Filename, *width, *height, TextureName));
   });
 }
+RenderSurface8 Scene8::CreateRenderSurface(ByRef<std::int32_t> width, ByRef<std::int32_t> height, Boolean /*Texture*/,
+                                           std::int32_t /*PosX*/, std::int32_t /*PosY*/) {
+  return call(*this, [&](SceneObject& self) {
+    auto object = std::make_shared<Detail::RenderSurfaceObject>();
+    object->surface = std::make_unique<render::RenderSurface>(*self.context, *width, *height);
+    return api::Access::make<RenderSurface8>(std::move(object));
+  });
+}
 
 void Scene8::SetPickingPrecision(float farPlane) {
   call(*this, [&](SceneObject& self) { self.scene->setPickingPrecision(farPlane); });

@@ -17,7 +17,7 @@ struct UserFontLists {
 
 }  // namespace
 
-UserFonts::UserFonts(engine::EngineContext& context) : context_(context), lists_(*context.get<UserFontLists>().lists) {
+UserFonts::UserFonts(engine::EngineContext& context) : context_(context), lists_(context.get<UserFontLists>().lists) {
   lists_->push_back(this);
 }
 
