@@ -99,6 +99,8 @@ struct MeshRegistry {
 std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const std::string& name = "");
 /// The record of a slot, used or not. @throws engine::EngineError 9 outside 1 to the count
 MeshRecord& meshRecord(engine::EngineContext& context, std::int32_t slot);
+/// The first mesh of that name in order of slots, in use or not, whatever the letter case; null when there is none.
+std::shared_ptr<MeshHandle> findMesh(engine::EngineContext& context, const std::string& name);
 /// Number of slots.
 std::int16_t meshCount(engine::EngineContext& context);
 /// To be called after a mesh's bounds or world matrix changed: indices over all meshes look at it again. A mesh that

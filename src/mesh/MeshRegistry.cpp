@@ -1,4 +1,5 @@
 #include "mesh/MeshRecord.h"
+#include "platform/host/Files.h"
 
 namespace ql::mesh {
 
@@ -46,6 +47,13 @@ std::shared_ptr<MeshHandle> allocateMesh(engine::EngineContext& context, const s
 MeshRecord& meshRecord(engine::EngineContext& context, std::int32_t slot) {
   if (slot < 1) throw engine::EngineError(engine::kSubscript, "Subscript out of range");
   return *context.get<MeshRegistry>().slots->at(slot);
+}
+
+std::shared_ptr<MeshHandle> findMesh(engine::EngineContext& context, const std::string& name) {
+  const Slots& slots = *context.get<MeshRegistry>().slots;
+  const std::int16_t slot = slots.find(
+      [&](const std::unique_ptr<MeshRecord>& record) { return host::equalIgnoringCase(record->name, name); });
+  return slot == 0 ? nullptr : slots.at(slot)->handle.lock();
 }
 
 void noteMoved(engine::EngineContext& context, std::int16_t slot) {

@@ -2,6 +2,9 @@
 
 #include "platform/host/Files.h"
 #include "render/Camera.h"
+#include "render/scene/Cursor.h"
+#include "render/scene/Decals.h"
+#include "render/scene/ShaderList.h"
 
 #include <algorithm>
 
@@ -13,6 +16,9 @@ constexpr double kHalfTurn = 3.141592653;
 constexpr float kAspect = 0.75f;                         // height / width, whatever the back buffer
 constexpr float kNearPlane = 1;                          // world units
 constexpr float kSmallestFont = 1, kLargestFont = 2160;  // points
+constexpr std::int32_t kListedSize = 256;                // pixels, of the textures of lists
+constexpr auto kBlackKey = static_cast<std::int32_t>(0xFF000000);
+constexpr std::size_t kEndingLength = 4, kNumberedLength = 5;  // ".jpg", "1.jpg"
 
 }  // namespace
 
@@ -69,11 +75,48 @@ std::shared_ptr<TextureHandle> Scene::loadTexture(std::string& fileName, std::in
   return render::loadTexture(context_, fileName, name, width, height, noKey);
 }
 
+void Scene::loadShaders(const std::string& fileName) {
+  const std::vector<std::byte> file = host::readFile(fileName);
+  const ShaderList list = parseShaderList({reinterpret_cast<const char*>(file.data()), file.size()});
+  for (const ListEntry& entry : list.entries) {
+    if (entry.isShader) continue;  // the parser of shader bodies takes them here
+    std::string picture = entry.texture.fileName;
+    std::int32_t width = kListedSize, height = kListedSize, key = kBlackKey;
+    render::loadTexture(context_, picture, entry.texture.name, width, height, key);
+  }
+  const std::string where = fileName + ", line " + std::to_string(list.line);
+  if (list.fault == ListFault::NoSeparator)
+    throw engine::EngineError(engine::kSubscript, "Subscript out of range: no \">\" in " + where);
+  if (list.fault == ListFault::PastEnd) throw engine::EngineError(engine::kPastEnd, "Input past end of file: " + where);
+}
+
+void Scene::loadSky(const std::string& fileName, float distance) {
+  if (fileName.size() < kNumberedLength)
+    throw engine::EngineError(engine::kInvalidArgument, "Invalid argument: no numbered file name");
+  const std::string base = fileName.substr(0, fileName.size() - kNumberedLength);
+  const std::string ending = fileName.substr(fileName.size() - kEndingLength);
+  for (std::size_t face = 0; face < SkyBox::kFaces; ++face) {
+    std::string picture = base + std::to_string(face + 1) + ending;
+    std::int32_t width = -1, height = -1;
+    const std::shared_ptr<TextureHandle> texture = loadTexture(picture, width, height, "");
+    sky_.setTexture(face, context_.get<TextureTable>().entries.at(texture->index).texture);
+  }
+  sky_.build(distance);
+}
+
+void startScenes(engine::EngineContext& context) {
+  context.frameSteps.add(engine::FrameStage::Cursor, [&context] {
+    if (context.get<CursorState>().enabled) drawCursor(context);
+  });
+  context.frameSteps.add(engine::FrameStage::EndOfFrame, [&context] { dropDeadDecals(context); });
+  context.releaseSteps.add(engine::ReleaseStage::Scene, [&context] {
+    context.get<ActiveScene>().scene.reset();
+    dropAllDecals(context);
+  });
+}
+
 std::shared_ptr<Scene> createScene(engine::EngineContext& context) {
   ActiveScene& active = context.get<ActiveScene>();
-  if (!active.releaseRegistered)
-    context.releaseSteps.add(engine::ReleaseStage::Scene, [&context] { context.get<ActiveScene>().scene.reset(); });
-  active.releaseRegistered = true;
   active.scene = std::make_shared<Scene>(context);
   context.collisionPrecision = kDefaultCollisionPrecision;
   context.pickingPrecision = kDefaultPickingPrecision;

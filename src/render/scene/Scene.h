@@ -1,9 +1,10 @@
 /// @file
-/// The scene: projection, global states, text, and what belongs to everything that is drawn.
+/// The scene: projection, global states, text, the sky, and what belongs to everything that is drawn.
 #pragma once
 
 #include "engine/EngineContext.h"
 #include "render/TextureTable.h"
+#include "render/scene/SkyBox.h"
 
 #include <cstdint>
 #include <memory>
@@ -42,17 +43,31 @@ class Scene {
   /// Loads a texture without a colour key; -1 asks for the file's own size and is overwritten by the size in use.
   std::shared_ptr<TextureHandle> loadTexture(std::string& fileName, std::int32_t& width, std::int32_t& height,
                                              const std::string& name);
+  /// Loads the textures that a text file lists, 256 x 256 with black as the key. @see parseShaderList
+  /// @throws host::FileFault when it cannot be read; engine::EngineError 9 for a texture line without ">", 62 for a
+  /// list that ends early: what came before stays loaded
+  void loadShaders(const std::string& fileName);
+
+  /// Loads the six pictures of a sky box by the name of one of them: its last five characters are a digit, which is
+  /// replaced by 1 (left, right, front, back, top) to 6 (bottom), and an ending.
+  /// @throws engine::EngineError 5 for a name of fewer than five characters
+  void loadSky(const std::string& fileName, float distance);
+  /// The sky box of this scene.
+  SkyBox& sky() { return sky_; }
+  void renderSky() { sky_.render(context_); }
 
  private:
   engine::EngineContext& context_;
+  SkyBox sky_;
 };
 
 /// The scene that was created last; the engine keeps it alive.
 struct ActiveScene {
   std::shared_ptr<Scene> scene;
-  bool releaseRegistered = false;
 };
 
+/// Joins scenes to a started engine: the cursor in every frame, decals that die.
+void startScenes(engine::EngineContext& context);
 /// Makes a scene, the active one from now on, and sets both precisions to their defaults (30 and 1000).
 std::shared_ptr<Scene> createScene(engine::EngineContext& context);
 /// The active scene, created when there is none.
