@@ -92,6 +92,24 @@ class QUASARLENS3D_API Mesh8 : public Detail::Handle<Detail::MeshHandleObject> {
   void AddFaceFromPoint(const Texture8& Texture, float x1, float y1, float z1, float X2, float y2, float z2, float X3,
                         float Y3, float Z3, float X4, float Y4, float Z4, float TileW = 1.0f, float TileH = 1.0f);
 
+  /// The mesh becomes a sphere about its origin, with the texture around it, poles up and down. This shape and the two
+  /// below are drawn by RenderGroupRange and Render like any mesh, but have no vertices to move or to hit accurately.
+  /// @param Slice,Stack pieces around and from pole to pole, from 2 @param color no effect
+  /// @throws Error 91 before Quasarlens8.Initialize (the shapes below too), 6 for more than 32767 vertices, 0x8876086C
+  /// for a Radius below 0 or fewer than 2 pieces
+  void CreateSphere(const Texture8& Texture, float Radius, std::int32_t Slice, std::int32_t Stack,
+                    std::int32_t color = -1);
+  /// The mesh becomes a teapot, 3.2 units long, scaled by 4, its spout along +x.
+  void CreateTeapot();
+  /// The mesh becomes solid letters, scaled by 4: 100 units per em before that, 40 deep, the baseline along x from the
+  /// origin, the front facing -z. Line breaks are honoured. @param UserFont a font made by Screen8.CreateUserFont; ""
+  /// and unknown names: the engine's own @throws Error 0x8876086C for a text that shows nothing
+  void Create3DText(const std::string& Text, const std::string& UserFont = "");
+  /// Adds the triangles of a text file to the mesh's first group: a line that is ignored, the number of triangles, then
+  /// for each vertex eight lines: x, y, z, nx, ny, nz, tu, tv. On an error the mesh stays as it was.
+  /// @throws Error 53 without such a file, 62 when it ends early, 6 beyond 32767 vertices
+  void LoadDXE(const std::string& Filename);
+
   /// Moves the vertex of that number, as MoveVertexInFace does.
   void MoveVertex(std::int16_t Vertex, float x, float y, float z, Boolean relative = False);
   /// Moves a vertex. Bounds and normals stay as they are. @param Vertex counted from the group's first vertex
@@ -136,6 +154,34 @@ class QUASARLENS3D_API Mesh8 : public Detail::Handle<Detail::MeshHandleObject> {
   // ----------------------------------------------------------------------------------- Placing, drawing, hitting
 
   // ------------------------------------------------------------------------------------------------------- Files
+
+  /// Reads a DirectX X file: text, binary or compressed. All its meshes become one shape, each moved by its frames, in
+  /// place of what the mesh held; group k + 1 stands for the file's material k, with a material of its own in the
+  /// material table. @param Filename the folder in which textures are looked for that do not exist as they are named
+  /// @throws Error 53 for a missing file, with the device's code (0x88760B59) for a damaged one or one without
+  /// triangles, 6 beyond 32767 materials; the mesh stays as it was then
+  void LoadXFile(const std::string& Filename);
+  /// Reads a 3D Studio file: every object becomes a group, every triangle three vertices; the mesh becomes a triangle
+  /// list. Objects get the texture and colours of their material, whose picture lies beside the file. Positions stay as
+  /// they are stored, in most files z up. Errors are logged, not thrown: what could be read is kept, up to 32767
+  /// vertices. @param Filename taken from the open PAK archive when it is not on disk; then the extracted file's name
+  /// is written
+  void Load3DsMesh(ByRef<std::string> Filename);
+  /// Writes the mesh as chunks: name, place, bounding sphere, the vertex list that is drawn, groups. A longer file is
+  /// not cut. Shapes are written without their geometry; the primitive type is not kept.
+  /// @param TexDesc the groups' lightmaps, materials and textures too, by their numbers, with the names of the textures
+  /// @throws Error 76 for a missing folder, 75 when the file cannot be written; the old file stays then
+  void SaveToQLO(const std::string& Filename, Boolean TexDesc = False);
+  /// Reads what SaveToQLO wrote; the bounding sphere is computed anew on demand. Another kind of file is logged and
+  /// changes nothing. @throws Error 53 for a missing file, 62 or 5 for a damaged one, 6 for more than 32767 vertices;
+  /// the mesh stays as it was then
+  void LoadFromQLO(const std::string& Filename);
+  /// Writes every field of the mesh, a longer file is not cut. @throws Error 76 for a missing folder, 75 when the file
+  /// cannot be written
+  void SaveMesh(const std::string& Filename);
+  /// Reads the name from what SaveMesh wrote: as many characters as the mesh's name has now. Another kind of file
+  /// changes nothing. @throws Error 53 for a missing file, 62 for a short one
+  void LoadMesh(const std::string& Filename);
 
  private:
   friend struct Detail::Access;
