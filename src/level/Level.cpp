@@ -2,6 +2,7 @@
 
 #include "level/EntityText.h"
 #include "level/LevelState.h"
+#include "level/LoadingPanel.h"
 #include "level/Queries.h"
 #include "platform/host/Files.h"
 #include "render/TextureTable.h"
@@ -66,7 +67,7 @@ Level::~Level() {
 
 void Level::load(std::string& fileName, const LoadOptions& options) {
   diagnostics::Log& log = impl_->context.log;
-  // The panel that shows progress on the screen stands before this and each of the later steps.
+  showLoadingPanel(impl_->context, fileName);
   for (const char* line : {"", "------------------------------------", "  BSP Loader for Quasarlens ",
                            "------------------------------------", " Load header and lumps."})
     log.write(line);

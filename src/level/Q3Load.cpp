@@ -1,6 +1,7 @@
 #include "level/FaceBuilder.h"
 #include "level/LevelState.h"
 #include "level/Lightmap.h"
+#include "level/LoadingPanel.h"
 #include "platform/host/ByteReader.h"
 #include "platform/host/Files.h"
 #include "render/TextureTable.h"
@@ -92,13 +93,16 @@ void createVertexBuffer(LevelState& level, const std::vector<LevelVertex>& verti
 }
 
 void transformFaces(LevelState& level, Q3Bsp& file) {
+  showLoadingStep(level.context, "Load Shaders...", 62);
   loadTextures(level, file.textures);
+  showLoadingStep(level.context, "Q3 Mesh Curves calculations...", 72);
   std::vector<LevelVertex> vertices;
   buildLevelFaces(level, file, vertices);
   // Only the expanded vertices are needed from here on.
   file.vertices = {};
   file.faces = {};
   file.meshVertices = {};
+  showLoadingStep(level.context, "Managing Data", 82);
   buildLeaves(level.data, file.leaves);
   createVertexBuffer(level, vertices);
 }
@@ -134,6 +138,7 @@ void loadQuake3(LevelState& level, std::vector<std::byte> bytes) {
   level.data.models = std::move(file.models);
   level.data.planes = std::move(file.planes);
 
+  showLoadingStep(level.context, "Load lightmaps...", 42);
   logCount(log, "Load Lightmaps : ", file.lightmapCount());
   loadLightmaps(level, file.lightmaps);
   file.lightmaps = {};
