@@ -23,6 +23,15 @@ enum CONST_QL_CULLING : std::int32_t { QL_DOUBLESIDED = 1, QL_BACK_CULL = 2, QL_
 /// How finely curved surfaces are divided: 2, 4 or 8 segments along each side of a control patch.
 enum CONST_QL_CURVE : std::int32_t { QL_CURVE_LOW = 0, QL_CURVE_NORMAL = 1, QL_CURVE_HIGH = 2 };
 
+/// What a trace could tell. No operation fills it.
+struct BSPTraceReturn {
+  Boolean AllSolid, StartSolid;
+  Vec3 Intersection, PlaneNormal;
+  float PlaneOffset = 0;
+  std::int16_t FaceCollided = 0, EntityCollided = 0;
+  float LinePercent = 0;
+};
+
 /// A level. The one created last is the active level.
 class QUASARLENS3D_API BSPTree8 : public Detail::Handle<Detail::LevelObject> {
  public:
@@ -51,6 +60,26 @@ class QUASARLENS3D_API BSPTree8 : public Detail::Handle<Detail::LevelObject> {
   void SetCurvePrecision(std::int32_t CurvePrecision);
   /// The level's first player start in world coordinates; (0, 0, 0) when it has none.
   Vec3 GetStartPlayerPosition() const;
+
+  /// Whether a ray from StartPos1 through EndPos1, world coordinates, meets a face within the collision precision
+  /// (Scene8.SetCollisionPrecision, 30 at first; the end point does not limit it). Faces count when the last rebuild of
+  /// the visible ones listed them (all of them before the first one and without UsePVSInfo), and textured faces that
+  /// come after the first one of the first brush model. The first face in the level's order that is hit decides, not
+  /// the nearest; its point and normal become the last hit that a CollisionResult8 shows.
+  Boolean DetectCollision(const Vec3& StartPos1, const Vec3& EndPos1);
+  /// Whether a sphere, world coordinates, reaches a solid leaf of the level. The way down the level's tree compares the
+  /// radius with the square root of the distance from each plane, so that the sphere reaches farther than it looks.
+  /// @param Reserved1 1: solid leaves of a Quake 3 level count as nothing
+  Boolean DetectSphereCollision(const Vec3& Position, float SphereRadius = 1, std::int16_t Reserved1 = 0);
+  /// Whether a segment reaches no solid leaf. @param Start,LEnd coordinates of the level's file, not of the world
+  /// @param NodeID the node of the tree to start from; 0 is the root @throws Error 9 when there is no such node
+  Boolean LineSight(const Vec3& Start, const Vec3& LEnd, std::int32_t NodeID = 0) const;
+  /// The height of the first face, in the level's order, below a point of the world; PosY itself when there is none
+  /// within 10000 units. Faces count as in DetectCollision. For the nearest floor use DetectCollision with a small
+  /// collision precision. @param UseCameraPosition asks for the camera's position instead
+  float GetAltitudeFromPos(float PosX, float PosY, float PosZ, Boolean UseCameraPosition = False);
+  /// Computes nothing.
+  void Trace(const Vec3& StartPos, const Vec3& EndPos) const;
 
  private:
   friend struct Detail::Access;

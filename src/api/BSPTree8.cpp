@@ -41,4 +41,24 @@ Vec3 BSPTree8::GetStartPlayerPosition() const {
   return call(*this, [](LevelObject& self) { return self.level.startPosition(); });
 }
 
+Boolean BSPTree8::DetectCollision(const Vec3& StartPos1, const Vec3& EndPos1) {
+  return call(*this, [&](LevelObject& self) { return Boolean(self.level.detectCollision(StartPos1, EndPos1)); });
+}
+Boolean BSPTree8::DetectSphereCollision(const Vec3& Position, float SphereRadius, std::int16_t Reserved1) {
+  return call(*this, [&](LevelObject& self) {
+    return Boolean(self.level.detectSphereCollision(Position, SphereRadius, Reserved1));
+  });
+}
+Boolean BSPTree8::LineSight(const Vec3& Start, const Vec3& LEnd, std::int32_t NodeID) const {
+  return call(*this, [&](LevelObject& self) { return Boolean(self.level.lineSight(Start, LEnd, NodeID)); });
+}
+float BSPTree8::GetAltitudeFromPos(float PosX, float PosY, float PosZ, Boolean UseCameraPosition) {
+  return call(*this, [&](LevelObject& self) {
+    return self.level.altitude(UseCameraPosition ? self.context->cameraPosition : Vec3{PosX, PosY, PosZ});
+  });
+}
+void BSPTree8::Trace(const Vec3&, const Vec3&) const {
+  call(*this, [](LevelObject&) {});
+}
+
 }  // namespace Quasarlens3D
