@@ -1,6 +1,8 @@
 #include "api/Meshes.h"
 #include "api/Numbers.h"
 #include "mesh/Build.h"
+#include "mesh/DxeText.h"
+#include "mesh/Shapes.h"
 
 #include <Quasarlens3D/Mesh8.h>
 
@@ -82,6 +84,22 @@ void Mesh8::AddFaceFromPoint(const Texture8& Texture, float x1, float y1, float 
     const std::array<math::Vec3, 4> points{{{x1, y1, z1}, {X2, y2, z2}, {X3, Y3, Z3}, {X4, Y4, Z4}}};
     mesh::addQuad(*self.context, *self.handle, textureIndexOf(Texture), points, {TileW, TileH});
   });
+}
+
+void Mesh8::CreateSphere(const Texture8& Texture, float Radius, std::int32_t Slice, std::int32_t Stack,
+                         std::int32_t /*color*/) {
+  call(*this, [&](MeshHandleObject& self) {
+    mesh::createSphere(*self.context, *self.handle, textureIndexOf(Texture), Radius, Slice, Stack);
+  });
+}
+void Mesh8::CreateTeapot() {
+  call(*this, [](MeshHandleObject& self) { mesh::createTeapot(*self.context, *self.handle); });
+}
+void Mesh8::Create3DText(const std::string& Text, const std::string& UserFont) {
+  call(*this, [&](MeshHandleObject& self) { mesh::create3DText(*self.context, *self.handle, Text, UserFont); });
+}
+void Mesh8::LoadDXE(const std::string& Filename) {
+  call(*this, [&](MeshHandleObject& self) { mesh::loadDxe(*self.context, *self.handle, Filename); });
 }
 
 void Mesh8::MoveVertex(std::int16_t Vertex, float x, float y, float z, Boolean relative) {

@@ -1,4 +1,6 @@
+#include "api/Meshes.h"
 #include "api/Textures.h"
+#include "mesh/ProjectTexture.h"
 
 #include <Quasarlens3D/Texture8.h>
 
@@ -10,6 +12,14 @@ using ql::api::Access;
 
 Texture8::Texture8() noexcept = default;
 Texture8::Texture8(std::nullptr_t) noexcept : Handle(nullptr) {}
+
+void Texture8::ApplyOn(const Mesh8& MeshObj, std::int16_t Group, float scalex, float scaley, float ShiftX, float ShiftY,
+                       float Rotation, Boolean /*LightMapToo*/) const {
+  ql::api::call(*this, [&](Detail::TextureHandleObject& self) {
+    ql::mesh::projectTexture(*self.context, ql::api::handleOf(MeshObj), self.handle->index, Group,
+                             {scalex, scaley, ShiftX, ShiftY, Rotation});
+  });
+}
 
 bool operator==(const Texture8& a, const Texture8& b) noexcept {
   const auto handleOf = [](const Texture8& texture) {

@@ -1,0 +1,69 @@
+#include "mesh/DxeText.h"
+
+#include "mesh/Build.h"
+#include "platform/host/Files.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+namespace ql::mesh {
+namespace {
+
+constexpr std::int32_t kWhite = -1;
+constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 26;  // the most vertices take less, digits to spare
+
+[[noreturn]] void overflow() { throw engine::EngineError(engine::kOverflow, "Overflow"); }
+
+class Lines {
+ public:
+  explicit Lines(std::string_view text) : text_(text) {}
+
+  std::string_view next(const char* what) {
+    if (at_ >= text_.size()) throw host::FileFault(host::Fault::Truncated, what, at_, at_, text_.size());
+    const std::size_t end = std::min(text_.find_first_of("\r\n", at_), text_.size());
+    const std::string_view line = text_.substr(at_, end - at_);
+    at_ = end + (text_.substr(end).starts_with("\r\n") ? 2 : 1);
+    return line;
+  }
+  float number(const char* what) {
+    const auto value = static_cast<float>(host::numberFromText(next(what)));
+    if (!std::isfinite(value)) overflow();
+    return value;
+  }
+
+ private:
+  std::string_view text_;
+  std::size_t at_ = 0;
+};
+
+}  // namespace
+
+std::vector<math::NormalVertex> parseDxe(std::string_view text) {
+  Lines lines(text);
+  lines.next("DXE title");
+  const double triangles = std::nearbyint(host::numberFromText(lines.next("DXE number of triangles")));
+  if (triangles * 3 > kMaxVertices) overflow();
+  std::vector<math::NormalVertex> vertices;
+  for (double i = 0; i < triangles * 3; ++i) {
+    math::NormalVertex v;
+    for (float* value : {&v.x, &v.y, &v.z, &v.nx, &v.ny, &v.nz, &v.tu, &v.tv}) *value = lines.number("DXE vertex");
+    v.tu1 = v.tu;
+    v.tv1 = v.tv;
+    vertices.push_back(v);
+  }
+  return vertices;
+}
+
+void loadDxe(engine::EngineContext& context, MeshHandle& mesh, const std::string& fileName) {
+  const std::vector<std::byte> bytes = host::readFile(fileName, kLargestFile);
+  const std::vector<math::NormalVertex> vertices =
+      parseDxe({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  if (meshRecord(context, mesh.slot).vertexCount + static_cast<std::int32_t>(vertices.size()) > kMaxVertices)
+    overflow();
+  setGroupPointer(context, mesh, 1);
+  for (const math::NormalVertex& vertex : vertices) addVertex(context, mesh, vertex, kWhite);
+}
+
+}  // namespace ql::mesh
