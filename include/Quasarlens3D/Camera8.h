@@ -5,6 +5,7 @@
 
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
+#include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Types.h>
 
 #include <cstddef>
@@ -43,6 +44,24 @@ class QUASARLENS3D_API Camera8 : public Detail::Handle<Detail::CameraObject> {
   void MoveForward(float StepPerSecond, Boolean FollowLandscapeAltitude = False, Boolean CheckCollide = False);
   /// The height above the landscape that this object's MoveForward keeps; 10 after creation.
   void SetPlayerEyeHeight(float height);
+
+  /// Chases a mesh: moves towards a place and looks at a point, both in the mesh's own space. Nothing happens when it
+  /// has arrived, or without a mesh. @param CameraSpeed world units per second; the speed used is written back
+  /// @param ExponentialSpeed CameraSpeed is the share of the distance that is covered per second
+  /// @param MaxCameraSpeed world units per second @param AvoidObject no effect
+  void PurchaseFollowing(const Mesh8& MeshObject, const Vec3& RelativeEndPosition, const Vec3& LookAtInMesh,
+                         ByRef<float> CameraSpeed, Boolean ExponentialSpeed = True, float MaxCameraSpeed = 100.0f,
+                         Boolean AvoidObject = False);
+  /// Sits at a place of a mesh's own space and looks at the mesh's position. @param WithCameraMove no effect
+  /// @throws Error 91 for nothing (here and below)
+  void SimpleFollowing(const Mesh8& MeshObject, const Vec3& RelativePosition, Boolean WithCameraMove = True);
+  /// Sits on a circle about a mesh and looks at it; the view follows at the next Clear.
+  /// @param AddMeshRotation adds the mesh's rotation about y to the angle
+  /// @param DegreesAngle radians, from +x towards +z (the mesh's rotation is added as it is, in degrees)
+  /// @param Distance world units; 0 becomes the current distance @param CameraRelativeAltitude above the mesh
+  void RotateAroundMesh(const Mesh8& DestMesh, Boolean AddMeshRotation, float DegreesAngle, ByRef<float> Distance = 0,
+                        float CameraRelativeAltitude = 0);
+  void LookAtMesh(const Mesh8& Mesh);
 
   Vec3 GetCameraPosition() const;
   Vec3 GetCameraLookAt() const;

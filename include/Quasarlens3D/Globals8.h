@@ -6,6 +6,7 @@
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
 #include <Quasarlens3D/InternalObjects8.h>
+#include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Texture8.h>
 #include <Quasarlens3D/TextureFactory8.h>
 #include <Quasarlens3D/Types.h>
@@ -87,6 +88,14 @@ class QUASARLENS3D_API Globals8 : public Detail::Handle<Detail::GlobalsObject> {
   std::int16_t GetSound(const std::string& SoundName) const;
   /// Always 0: the engine keeps no table of terrain names.
   std::int16_t GetTerrain(const std::string& Name) const;
+  /// The first mesh of that name, whatever the letter case; nothing when there is none.
+  Mesh8 GetMesh(const std::string& MeshName) const;
+  /// A square mesh named "Decal" that faces along a normal, one normal's length in front of a position, and adds its
+  /// texture's light to what lies behind it. The engine keeps it until its time is over.
+  /// @param Position,normal world coordinates; the normal's length is the distance @param size of a side, world units
+  /// @param DeathTime milliseconds of being drawn; 0: it stays for good
+  Mesh8 CreateDecal(const Vec3& Position, const Vec3& normal, const Texture8& Texture, float size,
+                    float DeathTime = 0) const;
   /// The ray under a screen pixel: its points on the near and on the far plane, in world coordinates.
   void MousePickVector(std::int32_t x, std::int32_t y, ByRef<Vec3> VOrigin, ByRef<Vec3> VDest) const;
 

@@ -5,6 +5,7 @@
 
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
+#include <Quasarlens3D/Shader8.h>
 #include <Quasarlens3D/Texture8.h>
 #include <Quasarlens3D/Types.h>
 
@@ -36,6 +37,22 @@ enum CONST_QL_CULLING : std::int32_t {
   QL_DOUBLESIDED = 1,  ///< none: both sides are drawn
   QL_BACK_CULL = 2,    ///< those whose corners go clockwise on the screen
   QL_FRONT_CULL = 3    ///< those whose corners go counter-clockwise
+};
+
+/// How a group's pixels meet what stands there already.
+enum CONST_QL_BLENDINGMODE : std::int32_t {
+  QL_BLEND_NO = 0,     ///< by the texture's alpha, as with QL_BLEND_ALPHA: opaque pictures cover
+  QL_BLEND_ALPHA = 1,  ///< by alpha
+  QL_BLEND_ADD = 2,    ///< added
+  QL_BLEND_COLOR = 3   ///< added, each colour times itself
+};
+
+/// What of a mesh a ray is tested against.
+enum CONST_QL_TESTTYPE : std::int32_t {
+  QL_TESTTYPE_BOUNDINGBOX = 1,
+  QL_TESTTYPE_BOUNDINGSPHERE = 2,
+  QL_TESTTYPE_ACCURATETESTING = 3,  ///< its triangles
+  QL_TESTTYPE_MDL_HITBOXES = 4      ///< of actors; no mesh is hit
 };
 
 /// A mesh: vertices cut into groups, each group with its own texture, material, lightmap, blending and shader, placed
@@ -152,6 +169,60 @@ class QUASARLENS3D_API Mesh8 : public Detail::Handle<Detail::MeshHandleObject> {
   void DeleteChilds();
 
   // ----------------------------------------------------------------------------------- Placing, drawing, hitting
+
+  /// World units; degrees about x, y and z, about z first, then x, then y; factors. The world matrix follows with the
+  /// next drawing.
+  void SetPosition(float x, float y, float z);
+  void SetRotation(float x, float y, float z);
+  void ScaleMesh(float x, float y, float z);
+  Vec3 GetPosition() const;
+  Vec3 GetRotation() const;
+  /// Replaces the world matrix until the next SetPosition, SetRotation, ScaleMesh or MoveMesh.
+  void SetMatrix(const Mat4& Matrix);
+  /// The world matrix of the last drawing.
+  Mat4 GetMatrix() const;
+
+  /// @param x,y,z world units per second @param Gravity taken from the y velocity per second
+  void SetVelocity(float x, float y, float z, float Gravity = 0);
+  /// Moves by the velocity for the last frame's time. @param Speed a factor; gravity does not follow it
+  /// @param CheckCollision tests the way with Scene8.Collide first: a hit stops the mesh where it is, its velocity 0
+  void MoveMesh(float Speed = 1.0f, Boolean CheckCollision = False);
+  /// Mirrors the texture on the first four vertices, which stand as AddWall places them.
+  /// @throws Error 9 for a mesh of fewer than three vertices
+  void FlipBillboard(Boolean LeftRight, Boolean TopBottom);
+
+  /// The five below: a group of that number, or all for -1. A number that no group has changes nothing.
+  /// @param Texture nothing: none
+  void SetTexture(const Texture8& Texture, float Group = -1.0f);
+  /// @param MaterialIndex see MaterialFactory8; 0: the white material
+  void SetMaterial(std::int16_t MaterialIndex, float Group = -1.0f);
+  /// @param Shader nothing: none
+  void SetShader(const Shader8& Shader, std::int16_t Group = -1);
+  /// @param Blending CONST_QL_BLENDINGMODE; other values keep the device's blending @throws Error 6 beyond 16 bits
+  void SetBlendingMode(std::int32_t Blending = QL_BLEND_NO, std::int32_t Groups = -1);
+  /// Shows the texture as a reflection of a sphere of surroundings. @param Mode 0: by the view's reflection, else by
+  /// the normal alone
+  void EnableSphereMapping(Boolean OnOff, std::int32_t Mode = 0);
+
+  /// Draws all groups, by their shaders or blending, then the children as RenderGroupRange does. Nothing is drawn when
+  /// the mesh is disabled, has no vertices, or has bounds (ComputeSphere) that are out of the view of the last frame by
+  /// more than 30 world units. The device keeps the states that were set: blending, alpha test, lighting, culling, the
+  /// world transform.
+  /// @throws Error 91 before Quasarlens8.Initialize, the device's invalid call (0x8876086C) outside a frame
+  void Render();
+  /// Draws a run of groups with this mesh's culling and with light maps, without shaders and blending. A death time
+  /// runs down with every call. @param EndGroup 0: the last group @throws as Render; Error 9 for a group that does not
+  /// exist
+  void RenderGroupRange(std::int32_t StartGroup, std::int32_t EndGroup);
+  /// 1 when the last drawing found the mesh in view, else 0.
+  std::int16_t IsVisible() const;
+
+  /// Whether a ray meets the mesh where it was drawn last. Boxes and spheres are met at any distance; triangles (every
+  /// three consecutive vertices of a group) up to the collision precision (Scene8.SetCollisionPrecision), and the first
+  /// one that is met, in order of vertices, gives the last hit: see CollisionResult8. Spheres, teapots, text and X
+  /// files have no triangles to meet.
+  /// @param Origin world coordinates @param EndPos gives the direction only @param CheckType CONST_QL_TESTTYPE
+  Boolean Collision(const Vec3& Origin, const Vec3& EndPos, std::int32_t CheckType = QL_TESTTYPE_ACCURATETESTING) const;
 
   // ------------------------------------------------------------------------------------------------------- Files
 

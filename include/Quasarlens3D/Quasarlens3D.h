@@ -5,6 +5,7 @@
 
 #include <Quasarlens3D/BSPTree8.h>
 #include <Quasarlens3D/Camera8.h>
+#include <Quasarlens3D/CollisionResult8.h>
 #include <Quasarlens3D/Error.h>
 #include <Quasarlens3D/Event.h>
 #include <Quasarlens3D/Globals8.h>
@@ -17,6 +18,7 @@
 #include <Quasarlens3D/RenderSurface8.h>
 #include <Quasarlens3D/Scene8.h>
 #include <Quasarlens3D/Screen8.h>
+#include <Quasarlens3D/Shader8.h>
 #include <Quasarlens3D/Texture8.h>
 #include <Quasarlens3D/TextureFactory8.h>
 #include <Quasarlens3D/Types.h>

@@ -1,6 +1,8 @@
 #include "api/Guard.h"
+#include "api/Meshes.h"
 #include "api/Numbers.h"
 #include "render/Camera.h"
+#include "render/CameraFollowing.h"
 
 #include <Quasarlens3D/Camera8.h>
 
@@ -10,6 +12,14 @@ using namespace ql;
 using api::call;
 using api::toSingle;
 using Detail::CameraObject;
+
+namespace {
+
+const mesh::MeshRecord& recordOf(CameraObject& self, const Mesh8& mesh) {
+  return mesh::meshRecord(*self.context, api::handleOf(mesh).slot);
+}
+
+}  // namespace
 
 Camera8::Camera8() : Handle(api::create<CameraObject>()) {}
 Camera8::Camera8(std::nullptr_t) noexcept : Handle(nullptr) {}
@@ -45,6 +55,33 @@ void Camera8::MoveForward(float StepPerSecond, Boolean FollowLandscapeAltitude, 
 }
 void Camera8::SetPlayerEyeHeight(float height) {
   call(*this, [&](CameraObject& self) { self.eyeHeight = height; });
+}
+
+void Camera8::PurchaseFollowing(const Mesh8& MeshObject, const Vec3& RelativeEndPosition, const Vec3& LookAtInMesh,
+                                ByRef<float> CameraSpeed, Boolean ExponentialSpeed, float MaxCameraSpeed,
+                                Boolean /*AvoidObject*/) {
+  call(*this, [&](CameraObject& self) {
+    if (!MeshObject) return;
+    render::chase(*self.context, recordOf(self, MeshObject).worldMatrix,
+                  {RelativeEndPosition, LookAtInMesh, ExponentialSpeed, MaxCameraSpeed}, *CameraSpeed);
+  });
+}
+void Camera8::SimpleFollowing(const Mesh8& MeshObject, const Vec3& RelativePosition, Boolean /*WithCameraMove*/) {
+  call(*this, [&](CameraObject& self) {
+    const mesh::MeshRecord& mesh = recordOf(self, MeshObject);
+    render::follow(*self.context, mesh.worldMatrix, mesh.position, RelativePosition);
+  });
+}
+void Camera8::RotateAroundMesh(const Mesh8& DestMesh, Boolean AddMeshRotation, float DegreesAngle,
+                               ByRef<float> Distance, float CameraRelativeAltitude) {
+  call(*this, [&](CameraObject& self) {
+    const mesh::MeshRecord& mesh = recordOf(self, DestMesh);
+    const float angle = DegreesAngle + (AddMeshRotation ? mesh.rotation.y : 0);
+    render::circle(*self.context, mesh.position, angle, *Distance, CameraRelativeAltitude);
+  });
+}
+void Camera8::LookAtMesh(const Mesh8& Mesh) {
+  call(*this, [&](CameraObject& self) { render::setCameraLookAt(*self.context, recordOf(self, Mesh).position); });
 }
 
 Vec3 Camera8::GetCameraPosition() const {

@@ -2,10 +2,12 @@
 
 #include "api/Objects.h"
 #include "engine/Engine.h"
+#include "mesh/MeshDraw.h"
 #include "platform/opengl/OpenGLBackEnd.h"
 #include "platform/software/SoftwareBackEnd.h"
 #include "platform/window/OpenDisplay.h"
 #include "render/Subsystems.h"
+#include "render/scene/Scene.h"
 
 #include <utility>
 
@@ -40,6 +42,8 @@ std::shared_ptr<engine::EngineContext> makeContext() {
   auto made = std::make_shared<engine::EngineContext>(machine());
   engine::EngineContext& context = *made;
   render::startSubsystems(context);
+  mesh::startMeshes(context);
+  render::scene::startScenes(context);
   context.releaseSteps.add(engine::ReleaseStage::Level, [&context] { context.get<KeptAlive>().level.reset(); });
   return made;
 }

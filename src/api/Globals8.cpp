@@ -1,10 +1,12 @@
 #include "api/Guard.h"
+#include "api/Meshes.h"
 #include "api/Numbers.h"
 #include "api/Textures.h"
-#include "math/Matrix.h"
 #include "platform/utility/TextureFiles.h"
 #include "render/Materials.h"
 #include "render/Sprites.h"
+#include "render/scene/Decals.h"
+#include "render/scene/Picking.h"
 
 #include <Quasarlens3D/Globals8.h>
 
@@ -122,15 +124,22 @@ std::int16_t Globals8::GetMat(const std::string& MaterialName) const {
 }
 std::int16_t Globals8::GetSound(const std::string& /*SoundName*/) const { return 0; }
 std::int16_t Globals8::GetTerrain(const std::string& /*Name*/) const { return 0; }
+Mesh8 Globals8::GetMesh(const std::string& MeshName) const {
+  return call(*this, [&](GlobalsObject& self) { return api::wrap(mesh::findMesh(*self.context, MeshName)); });
+}
+Mesh8 Globals8::CreateDecal(const Vec3& Position, const Vec3& normal, const Texture8& Texture, float size,
+                            float DeathTime) const {
+  return call(*this, [&](GlobalsObject& self) {
+    render::scene::activeScene(*self.context);
+    return api::wrap(
+        render::scene::createDecal(*self.context, Position, normal, api::textureIndexOf(Texture), size, DeathTime));
+  });
+}
 void Globals8::MousePickVector(std::int32_t x, std::int32_t y, ByRef<Vec3> VOrigin, ByRef<Vec3> VDest) const {
   call(*this, [&](GlobalsObject& self) {
-    const engine::EngineContext& context = *self.context;
-    const auto under = [&](float depth) {
-      return math::unproject({static_cast<float>(x), static_cast<float>(y), depth}, context.viewport,
-                             context.projectionMatrix, context.viewMatrix, context.worldMatrix);
-    };
-    *VOrigin = under(0);
-    *VDest = under(1);
+    const render::scene::PickRay ray = render::scene::pickRay(*self.context, x, y);
+    *VOrigin = ray.near;
+    *VDest = ray.far;
   });
 }
 

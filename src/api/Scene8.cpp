@@ -1,6 +1,12 @@
+#include "api/Collisions.h"
 #include "api/Guard.h"
 #include "api/Meshes.h"
 #include "api/Textures.h"
+#include "mesh/MeshDraw.h"
+#include "mesh/MeshRays.h"
+#include "render/scene/Cursor.h"
+#include "render/scene/Decals.h"
+#include "render/scene/Picking.h"
 
 #include <Quasarlens3D/Scene8.h>
 
@@ -43,6 +49,43 @@ void Scene8::SelectFont(const std::string& FontName, const std::string& FontSize
 Mesh8 Scene8::CreateMeshBuilder(const std::string& Name) {
   return call(*this, [&](SceneObject& self) { return api::wrap(mesh::allocateMesh(*self.context, Name)); });
 }
+void Scene8::RenderAllMeshes() {
+  call(*this, [](SceneObject& self) { mesh::renderAllMeshes(*self.context); });
+}
+Mesh8 Scene8::CreateBillboard(const Texture8& Texture, float x, float y, float z, float width, float height,
+                              const std::string& Name, Boolean /*alpha*/, std::int32_t /*src*/, std::int32_t /*dest*/,
+                              std::int32_t /*color*/) {
+  return call(*this, [&](SceneObject& self) {
+    return api::wrap(
+        render::scene::createBillboard(*self.context, Name, api::textureIndexOf(Texture), {x, y, z, width, height}));
+  });
+}
+
+void Scene8::SetSkyTexture(const Texture8& Front, const Texture8& Back, const Texture8& Left, const Texture8& Right,
+                           const Texture8& Top, const Texture8& Bottom, float SkyDistance) {
+  call(*this, [&](SceneObject& self) {
+    self.scene->sky().build(SkyDistance);
+    std::size_t face = 0;
+    for (const Texture8* texture : {&Left, &Right, &Front, &Back, &Top, &Bottom})
+      self.scene->sky().setTexture(face++, api::entryOf(*texture).texture);
+  });
+}
+void Scene8::LoadSky(const std::string& TextureFileName, float SkyDistance) {
+  call(*this, [&](SceneObject& self) { self.scene->loadSky(TextureFileName, SkyDistance); });
+}
+void Scene8::RenderSky() {
+  call(*this, [](SceneObject& self) { self.scene->renderSky(); });
+}
+
+void Scene8::LoadCursor(ByRef<std::string> Filename, std::int32_t Colorkey, float width, float height) {
+  call(*this, [&](SceneObject& self) { render::scene::loadCursor(*self.context, *Filename, Colorkey, width, height); });
+}
+void Scene8::SetCursorTexture(const Texture8& Cursor, float CursWidth, float CursHeight) {
+  call(*this, [&](SceneObject& self) {
+    const auto* texture = Cursor ? api::Access::live(Cursor).handle.get() : nullptr;
+    render::scene::setCursor(*self.context, texture, CursWidth, CursHeight);
+  });
+}
 
 Texture8 Scene8::LoadTexture(ByRef<std::string> Filename, ByRef<std::int32_t> width, ByRef<std::int32_t> height,
                              const std::string& TextureName) {
@@ -50,12 +93,27 @@ Texture8 Scene8::LoadTexture(ByRef<std::string> Filename, ByRef<std::int32_t> wi
     return api::wrap(self.scene->loadTexture(*Filename, *width, *height, TextureName));
   });
 }
+void Scene8::LoadShaders(const std::string& Filename) {
+  call(*this, [&](SceneObject& self) { self.scene->loadShaders(Filename); });
+}
 RenderSurface8 Scene8::CreateRenderSurface(ByRef<std::int32_t> width, ByRef<std::int32_t> height, Boolean /*Texture*/,
                                            std::int32_t /*PosX*/, std::int32_t /*PosY*/) {
   return call(*this, [&](SceneObject& self) {
     auto object = std::make_shared<Detail::RenderSurfaceObject>();
     object->surface = std::make_unique<render::RenderSurface>(*self.context, *width, *height);
     return api::Access::make<RenderSurface8>(std::move(object));
+  });
+}
+
+Boolean Scene8::Collide(const Vec3& Start, const Vec3& EndLine, std::int32_t TestType) {
+  return call(*this, [&](SceneObject& self) {
+    return mesh::collide(*self.context, Start, EndLine, static_cast<mesh::RayTest>(TestType));
+  });
+}
+CollisionResult8 Scene8::MousePicking(std::int32_t x, std::int32_t y, std::int32_t ObjectTypeToTest,
+                                      std::int32_t TestType) {
+  return call(*this, [&](SceneObject& self) {
+    return api::wrap(render::scene::pick(*self.context, x, y, ObjectTypeToTest, static_cast<mesh::RayTest>(TestType)));
   });
 }
 
