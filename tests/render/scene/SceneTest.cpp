@@ -1,4 +1,4 @@
-#include "RenderTest.h"
+#include "render/RenderTest.h"
 #include "render/scene/Scene.h"
 
 namespace ql::render::scene {
@@ -11,6 +11,7 @@ struct Scenes : test::RenderTest {
   std::shared_ptr<Scene> scene;
   void SetUp() override {
     RenderTest::SetUp();
+    startScenes(context);
     scene = createScene(context);
   }
 };
