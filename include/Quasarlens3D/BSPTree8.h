@@ -5,6 +5,7 @@
 
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
+#include <Quasarlens3D/Mesh8.h>
 #include <Quasarlens3D/Types.h>
 
 #include <cstddef>
@@ -16,9 +17,6 @@ namespace Quasarlens3D {
 namespace Detail {
 struct LevelObject;
 }
-
-/// Which sides of faces are drawn.
-enum CONST_QL_CULLING : std::int32_t { QL_DOUBLESIDED = 1, QL_BACK_CULL = 2, QL_FRONT_CULL = 3 };
 
 /// How finely curved surfaces are divided: 2, 4 or 8 segments along each side of a control patch.
 enum CONST_QL_CURVE : std::int32_t { QL_CURVE_LOW = 0, QL_CURVE_NORMAL = 1, QL_CURVE_HIGH = 2 };
@@ -38,14 +36,26 @@ class QUASARLENS3D_API BSPTree8 : public Detail::Handle<Detail::LevelObject> {
   BSPTree8();
   BSPTree8(std::nullptr_t) noexcept;  // NOLINT(google-explicit-constructor)
 
-  /// Loads a level file and its textures; needs a device. A point (x, y, z) of the file stands at (-x, z, -y) in the
-  /// world. Errors end the load with a log line; what was read until then is kept.
+  /// Loads a Quake 3 or a Half-Life level and its textures; needs a device. A point (x, y, z) of the file stands at
+  /// (-x, z, -y) in the world. Errors end the load with a log line; what was read until then is kept.
   /// @param Filename taken from the open PAK archive when it is not on disk; then the extracted file's name is written
-  /// @param LoadLightMaps,LoadTexture,TextureNumber,TexturePath,CreateDynamicLights,CreateMipmaps options of other
-  /// kinds of levels; a Quake 3 level always loads its lightmaps and textures
+  /// @param LoadLightMaps,LoadTexture what a Half-Life level has beside its faces; a Quake 3 level always has both
+  /// @param TextureNumber bitmaps of a Half-Life level's textures are named by their numbers ("12.bmp")
+  /// @param TexturePath becomes the current folder before a Half-Life level's textures are loaded
+  /// @param CreateDynamicLights makes a point light for each light of a Half-Life level, while there is room for them
+  /// @param CreateMipmaps textures get smaller levels
   void Load(ByRef<std::string> Filename, Boolean LoadLightMaps = True, Boolean LoadTexture = True,
             Boolean TextureNumber = False, const std::string& TexturePath = "", Boolean CreateDynamicLights = False,
             Boolean CreateMipmaps = True);
+  /// Opens a texture package (WAD3) for the Half-Life levels that are loaded from now on; the file is read at each
+  /// load. Textures are looked for in the package that was opened last, then in those before it, in the level's own
+  /// file, and as bitmaps.
+  void OpenPackWAD(const std::string& WadFilename);
+  /// Closes all texture packages.
+  void ClosePackWAD();
+  /// Copies the textures of Half-Life levels that are loaded from now on into a folder, as bitmaps.
+  /// @param TextureNumber names the copies by the textures' numbers instead of their names
+  void SetCopyTexturesFolder(Boolean OnOff, const std::string& pathname, Boolean TextureNumber = False);
   /// Draws what the camera may see, inside a frame. Faces are culled with the planes of the last finished frame, and
   /// anew at most every two seconds unless the camera enters another cluster or turns away.
   /// @throws Error 91 before Quasarlens8.Initialize, or with the device's code
