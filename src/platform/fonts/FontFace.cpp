@@ -200,6 +200,16 @@ Glyph FontFace::render(char32_t character) const {
   return glyph;
 }
 
+std::int32_t FontFace::kerning(char32_t left, char32_t right) const {
+  const FT_Face face = impl_->face.get();
+  FT_Vector apart{};
+  if (face == nullptr || !FT_HAS_KERNING(face) ||
+      FT_Get_Kerning(face, FT_Get_Char_Index(face, left), FT_Get_Char_Index(face, right), FT_KERNING_DEFAULT, &apart))
+    return 0;
+  const auto limit = static_cast<FT_Pos>(std::ceil(impl_->pixels()));
+  return static_cast<std::int32_t>(std::clamp<FT_Pos>(rounded(apart.x), -limit, limit));
+}
+
 std::vector<Contour> FontFace::outline(char32_t character, float deviation) const {
   const FT_GlyphSlot slot = impl_->load(character, FT_LOAD_NO_BITMAP | FT_LOAD_NO_HINTING);
   if (slot == nullptr || !impl_->reasonable(slot)) return {};

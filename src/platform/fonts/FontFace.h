@@ -54,6 +54,8 @@ class FontFace {
   FontFace& operator=(FontFace&&) noexcept;
 
   Glyph render(char32_t character) const;
+  /// How much further apart than their advances tell two characters stand, pixels; mostly 0 or negative.
+  std::int32_t kerning(char32_t left, char32_t right) const;
   /// The character's contours with their curves cut into straight pieces. @param deviation the most that a piece may
   /// leave its curve, pixels
   std::vector<Contour> outline(char32_t character, float deviation) const;

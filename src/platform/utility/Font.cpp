@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <unordered_map>
 
 namespace ql::utility {
 namespace {
@@ -55,23 +56,34 @@ void append(std::vector<Vertex>& vertices, const Quad& quad, std::uint32_t color
 
 struct Font::Impl {
   GlyphAtlas atlas;
+  std::unordered_map<std::uint64_t, std::int32_t> kernings;  ///< of the pairs that were asked for
 
   Impl(device::Device& device, const fonts::FontRequest& request) : atlas(device, request) {}
 
   /// Control characters (tabs, line ends in a single line) are blanks.
   const AtlasGlyph& glyph(char32_t c) { return atlas.glyph(c < U' ' ? U' ' : c); }
 
+  std::int32_t kerning(char32_t left, char32_t right) {
+    const auto [place, isNew] = kernings.try_emplace(std::uint64_t{left} << 32 | right);
+    if (isNew) place->second = atlas.face().kerning(left, right);
+    return place->second;
+  }
+
   TextMetrics metrics() {
-    return {[this](char32_t c) { return glyph(c).advance; }, atlas.face().lineHeight()};
+    return {[this](char32_t c) { return glyph(c).advance; }, atlas.face().lineHeight(),
+            [this](char32_t left, char32_t right) { return kerning(left, right); }};
   }
 
   /// The quads of a line, each on its page.
   template <class F>
   void forEachQuad(const TextLine& line, F&& f) {
     std::int64_t pen = line.x;
+    char32_t before = 0;
     const std::int64_t baseline = line.y + atlas.face().ascent();
     for (const char32_t c : line.characters) {
       const AtlasGlyph& at = glyph(c);
+      if (before != 0) pen += kerning(before, c);
+      before = c;
       if (at.width > 0) {
         const auto side = static_cast<float>(atlas.side(at.page));
         Quad quad;

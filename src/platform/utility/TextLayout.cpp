@@ -10,9 +10,14 @@ namespace {
 
 constexpr std::u32string_view kLineEnds = U"\r\n";
 
-std::int64_t widthOf(std::u32string_view characters, const TextMetrics& metrics) {
+/// Of a part of a text. @param before the character before the part, 0 at the start of a line
+std::int64_t widthOf(std::u32string_view characters, char32_t before, const TextMetrics& metrics) {
   std::int64_t width = 0;
-  for (const char32_t c : characters) width += metrics.advance(c);
+  for (const char32_t c : characters) {
+    if (before != 0 && metrics.kerning) width += metrics.kerning(before, c);
+    width += metrics.advance(c);
+    before = c;
+  }
   return width;
 }
 
@@ -36,11 +41,11 @@ void wrap(std::u32string_view text, std::int64_t limit, const TextMetrics& metri
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t word = std::min(text.find_first_not_of(U' ', at), text.size());
     const std::size_t wordEnd = std::min(text.find(U' ', word), text.size());
-    const std::int64_t more = widthOf(text.substr(end, wordEnd - end), metrics);
+    const std::int64_t more = widthOf(text.substr(end, wordEnd - end), end > start ? text[end - 1] : U'\0', metrics);
     if (end > start && word < wordEnd && width + more > limit) {
       lines.push_back(text.substr(start, end - start));
       start = word;
-      width = widthOf(text.substr(word, wordEnd - word), metrics);
+      width = widthOf(text.substr(word, wordEnd - word), 0, metrics);
     } else {
       width += more;
     }
@@ -73,7 +78,7 @@ std::vector<TextLine> layOut(std::u32string_view text, const math::Rect& rect, s
   else if (!open && (format & kTextBottom))
     y += height - total;
   for (const std::u32string_view line : lines) {
-    TextLine& out = placed.emplace_back(TextLine{line, left, y, widthOf(line, metrics)});
+    TextLine& out = placed.emplace_back(TextLine{line, left, y, widthOf(line, 0, metrics)});
     if (!open && (format & kTextCenter))
       out.x += (room - out.width) / 2;
     else if (!open && (format & kTextRight))

@@ -15,6 +15,7 @@ namespace ql::utility {
 struct TextMetrics {
   std::function<std::int32_t(char32_t)> advance;
   std::int32_t lineHeight = 0;
+  std::function<std::int32_t(char32_t, char32_t)> kerning = {};  ///< between two characters; none: 0
 };
 
 /// One line: its characters and its place.

@@ -101,6 +101,13 @@ TEST_F(InstalledFont, AnySizeIsTakenAndBounded) {
   }
 }
 
+TEST_F(InstalledFont, PairsAreKerned) {
+  const FontFace face({.points = 48});
+  EXPECT_LT(face.kerning(U'A', U'V'), -2);
+  EXPECT_EQ(face.kerning(U'H', U'H'), 0);
+  EXPECT_EQ(face.kerning(U'A', 0x10FFFF), 0) << "no such character";
+}
+
 /// The area within closed lines, holes counting against it.
 double area(const std::vector<Contour>& contours) {
   double sum = 0;
@@ -134,6 +141,7 @@ void expectEmptyGlyphs(const FontFace& face, const char* name) {
   EXPECT_EQ(glyph.advance, 8) << name << ": half of 16 pixels";
   EXPECT_GE(face.lineHeight(), face.ascent()) << name;
   EXPECT_TRUE(face.outline(U'A', 1).empty()) << name;
+  EXPECT_EQ(face.kerning(U'A', U'V'), 0) << name;
 }
 
 TEST(FontFace, WithoutAnyFontEveryGlyphIsEmpty) {

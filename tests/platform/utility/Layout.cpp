@@ -45,4 +45,16 @@ TEST(TextLayout, BreaksLines) {
   }
 }
 
+TEST(TextLayout, PairsStandCloserOrFurther) {
+  const TextMetrics metrics{[](char32_t) { return 10; }, 7,
+                            [](char32_t a, char32_t b) { return a == U'A' && b == U'V' ? -4
+                                                                : a == U' '            ? 1
+                                                                                       : 0; }};
+  const auto lines = layOut(U"AVA V AVAV", {0, 0, 55, 100}, kTextWordBreak, metrics);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].characters, U"AVA V");
+  EXPECT_EQ(lines[0].width, 47);
+  EXPECT_EQ(lines[1].width, 32) << "the blank before it does not count";
+}
+
 }  // namespace
