@@ -57,14 +57,22 @@ class Silence {
   bool silenced_;
 };
 
-// Displays that need no window system, the likeliest first.
-std::vector<EGLDisplay> candidates() {
-  std::vector<EGLDisplay> out;
+struct Candidate {
+  EGLDisplay display;
+  bool hasWindows;
+};
+
+// The X server when its windows are wanted, then displays that need no window system, the likeliest first.
+std::vector<Candidate> candidates(bool forWindows) {
+  std::vector<Candidate> out;
   const char* extensions = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
   const bool platforms = lists(extensions, "EGL_EXT_platform_base");
-  const auto add = [&out](EGLDisplay display) {
-    if (display != EGL_NO_DISPLAY) out.push_back(display);
+  const auto add = [&out](EGLDisplay display, bool hasWindows = false) {
+    if (display != EGL_NO_DISPLAY) out.push_back({display, hasWindows});
   };
+  // The driver connects to the server by itself: its connection outlives every window system part of this process.
+  if (forWindows && platforms && lists(extensions, "EGL_EXT_platform_x11"))
+    add(eglGetPlatformDisplayEXT(EGL_PLATFORM_X11_EXT, nullptr, nullptr), true);
   if (platforms && lists(extensions, "EGL_MESA_platform_surfaceless"))
     add(eglGetPlatformDisplayEXT(EGL_PLATFORM_SURFACELESS_MESA, nullptr, nullptr));
   if (platforms && lists(extensions, "EGL_EXT_platform_device") && lists(extensions, "EGL_EXT_device_enumeration")) {
@@ -105,14 +113,18 @@ EGLContext contextOf(EGLDisplay display) {
 
 }  // namespace
 
-std::unique_ptr<Context> Context::create() {
+std::unique_ptr<Context> Context::create(bool forWindows) {
   if (!librariesExist()) notAvailable("its libraries are not installed");
   const Silence silence;
   // Displays are shared within the process and stay: ending one would end a host's contexts on it.
-  for (const EGLDisplay display : candidates()) {
+  for (const Candidate& candidate : candidates(forWindows)) {
+    const EGLDisplay display = candidate.display;
     const EGLContext made = contextOf(display);
     if (made == EGL_NO_CONTEXT) continue;
-    std::unique_ptr<Context> context(new Context(display, made));
+    // A context that belongs to no configuration takes windows of every one.
+    const bool anyWindow =
+        candidate.hasWindows && lists(eglQueryString(display, EGL_EXTENSIONS), "EGL_KHR_no_config_context");
+    std::unique_ptr<Context> context(new Context(display, made, anyWindow));
     const CurrentContext current(*context);
     if (context->isCurrent() && epoxy_gl_version() >= kVersion) return context;
   }
@@ -125,6 +137,55 @@ Context::~Context() {
 }
 
 bool Context::isCurrent() const { return eglGetCurrentContext() == context_; }
+
+namespace {
+
+// The configuration of a visual. Depth of its own would be wasted: what is shown is a finished picture.
+EGLConfig configOf(EGLDisplay display, std::uint32_t visual) {
+  constexpr EGLint kWanted[] = {EGL_SURFACE_TYPE, EGL_WINDOW_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_NONE};
+  EGLint count = 0;
+  if (!eglChooseConfig(display, kWanted, nullptr, 0, &count) || count < 1) return nullptr;
+  std::vector<EGLConfig> configs(static_cast<std::size_t>(count));
+  if (!eglChooseConfig(display, kWanted, configs.data(), count, &count)) return nullptr;
+  configs.resize(static_cast<std::size_t>(count));
+  EGLConfig best = nullptr;
+  EGLint leastDepth = 0;
+  for (const EGLConfig config : configs) {
+    EGLint its = 0, depth = 0, samples = 0;
+    eglGetConfigAttrib(display, config, EGL_NATIVE_VISUAL_ID, &its);
+    eglGetConfigAttrib(display, config, EGL_DEPTH_SIZE, &depth);
+    eglGetConfigAttrib(display, config, EGL_SAMPLES, &samples);
+    if (static_cast<std::uint32_t>(its) != visual || samples > 0 || (best != nullptr && depth >= leastDepth)) continue;
+    best = config;
+    leastDepth = depth;
+  }
+  return best;
+}
+
+}  // namespace
+
+std::unique_ptr<WindowSurface> WindowSurface::create(const Context& context, const device::XWindow& window) {
+  if (!context.reachesWindows() || window.number == 0) return nullptr;
+  const EGLConfig config = configOf(context.display_, window.visual);
+  if (config == nullptr) return nullptr;
+  const EGLSurface surface = eglCreateWindowSurface(context.display_, config, window.number, nullptr);
+  if (surface == EGL_NO_SURFACE) return nullptr;
+  std::unique_ptr<WindowSurface> made(new WindowSurface(context, surface, window.number));
+  if (!made->bind()) return nullptr;
+  eglSwapInterval(context.display_, 0);  // frames never wait for the display
+  made->unbind();
+  return made;
+}
+
+WindowSurface::~WindowSurface() { eglDestroySurface(context_.display_, surface_); }
+
+bool WindowSurface::bind() const {
+  return eglMakeCurrent(context_.display_, surface_, surface_, context_.context_) == EGL_TRUE;
+}
+void WindowSurface::swap() const { eglSwapBuffers(context_.display_, surface_); }
+void WindowSurface::unbind() const {
+  eglMakeCurrent(context_.display_, EGL_NO_SURFACE, EGL_NO_SURFACE, context_.context_);
+}
 
 CurrentContext::CurrentContext(const Context& context, Afterwards afterwards) : context_(context) {
   previous_ = eglGetCurrentContext();

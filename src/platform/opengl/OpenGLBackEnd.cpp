@@ -4,6 +4,7 @@
 #include "platform/opengl/Batch.h"
 #include "platform/opengl/Context.h"
 #include "platform/opengl/Painter.h"
+#include "platform/opengl/Presenter.h"
 #include "platform/opengl/Resources.h"
 
 #include <algorithm>
@@ -146,27 +147,35 @@ class OpenGLBackEnd final : public device::BackEnd {
   }
 
   void present(TargetId id, device::Window* window) override {
+    Target& target = *gpu_->targets.at(id);
+    const bool shows = window && window->visible() && !target.isTextureLevel();
+    const bool direct = shows && prepareSurface(*window);
     std::vector<std::uint32_t> picture;
-    const Target& target = *gpu_->targets.at(id);
     {
       const CurrentContext current(*context_);
       gpu_->painter.finish();
-      if (window && window->visible() && !target.isTextureLevel()) picture = shownPicture(target);
+      if (direct)
+        drawInto(*window, target);
+      else if (shows)
+        picture = shownPicture(target);
       gpu_->painter.endFrame();
     }
     release(*context_);
-    if (window && !picture.empty()) window->show({target.width(), target.height(), target.width(), picture.data()});
+    if (!picture.empty()) window->show({target.width(), target.height(), target.width(), picture.data()});
   }
 
  private:
   /// Everything that lives in the context.
   struct Gpu {
-    explicit Gpu(DriverCalls& calls) : shadow(calls.states), painter(shadow, calls) { shadow.start(); }
+    explicit Gpu(DriverCalls& calls) : shadow(calls.states), painter(shadow, calls), presenter(shadow) {
+      shadow.start();
+    }
     Shadow shadow;
     std::unordered_map<TextureId, std::shared_ptr<Texture>> textures;
     std::unordered_map<TargetId, std::unique_ptr<Target>> targets;
     std::unordered_map<BufferId, GlBuffer> buffers;
     Painter painter;
+    Presenter presenter;
   };
 
   /// Packets of one kind differ by their primitives alone.
@@ -185,6 +194,30 @@ class OpenGLBackEnd final : public device::BackEnd {
     table.emplace(id, std::forward<Value>(value));
     return id;
   }
+  /// Makes the surface of a window, once. @return false: its pictures must be read back
+  bool prepareSurface(device::Window& window) {
+    const device::XWindow place = context_->reachesWindows() ? window.onServer() : device::XWindow{};
+    if (place.number == 0 || place.number == refused_) return false;
+    window.appear();
+    if (surface_ && surface_->window() == place.number) return true;
+    const CurrentContext current(*context_);
+    gpu_->painter.finish();
+    surface_.reset();
+    surface_ = WindowSurface::create(*context_, place);
+    gpu_->shadow.forgetAreas();
+    refused_ = surface_ ? 0 : place.number;
+    return surface_ != nullptr;
+  }
+  void drawInto(device::Window& window, Target& target) {
+    const device::Window::Size size = window.clientSize();
+    if (size.width == 0 || size.height == 0) return;  // gone, or nothing of it to be seen
+    if (surface_->bind()) {
+      gpu_->presenter.draw(target, size, window.ramp());
+      surface_->swap();
+      ++calls_.pictures;
+    }
+    surface_->unbind();
+  }
   static std::vector<std::uint32_t> shownPicture(const Target& target) {
     std::vector<std::uint32_t> picture = target.read({0, 0, target.width(), target.height()});
     // Blended colours of narrow formats are rounded only when somebody looks at them.
@@ -194,6 +227,8 @@ class OpenGLBackEnd final : public device::BackEnd {
   }
 
   std::unique_ptr<Context> context_;
+  std::unique_ptr<WindowSurface> surface_;  ///< of the window that was shown in last
+  std::uint32_t refused_ = 0;               ///< number of a window that the driver cannot draw in
   DriverCalls calls_;
   device::Capabilities capabilities_;
   device::Statistics statistics_;
@@ -204,8 +239,9 @@ class OpenGLBackEnd final : public device::BackEnd {
 
 }  // namespace
 
-std::shared_ptr<device::BackEnd> createBackEnd(const device::PresentParameters&) {
-  return std::make_shared<OpenGLBackEnd>(Context::create());
+std::shared_ptr<device::BackEnd> createBackEnd(const device::PresentParameters& parameters) {
+  const bool forWindows = parameters.deviceWindow && parameters.deviceWindow->onServer().number != 0;
+  return std::make_shared<OpenGLBackEnd>(Context::create(forWindows));
 }
 
 const DriverCalls& driverCalls(const device::BackEnd& backEnd) {

@@ -55,20 +55,26 @@ GLint minFilterOf(const SamplerKey& key) {
 
 }  // namespace
 
+GlProgram makeProgram(const std::string& vertex, const std::string& geometry, const std::string& fragment) {
+  GlProgram made = GlProgram::make();
+  attach(made.name(), GL_VERTEX_SHADER, vertex);
+  if (!geometry.empty()) attach(made.name(), GL_GEOMETRY_SHADER, geometry);
+  attach(made.name(), GL_FRAGMENT_SHADER, fragment);
+  glLinkProgram(made.name());
+  GLint good = 0;
+  glGetProgramiv(made.name(), GL_LINK_STATUS, &good);
+  if (!good)
+    throw std::runtime_error("the OpenGL driver does not accept a program: " +
+                             messages(made.name(), glGetProgramiv, glGetProgramInfoLog));
+  return made;
+}
+
 GLuint Programs::programFor(const ShaderKey& key) {
   const auto known = programs_.find(key);
   if (known != programs_.end()) return known->second.name();
-  GlProgram made = GlProgram::make();
+  GlProgram made =
+      makeProgram(vertexText(key), expands(key.topology) ? geometryText(key) : std::string(), fragmentText(key));
   const GLuint program = made.name();
-  attach(program, GL_VERTEX_SHADER, vertexText(key));
-  if (expands(key.topology)) attach(program, GL_GEOMETRY_SHADER, geometryText(key));
-  attach(program, GL_FRAGMENT_SHADER, fragmentText(key));
-  glLinkProgram(program);
-  GLint good = 0;
-  glGetProgramiv(program, GL_LINK_STATUS, &good);
-  if (!good)
-    throw std::runtime_error("the OpenGL driver does not accept a program: " +
-                             messages(program, glGetProgramiv, glGetProgramInfoLog));
   const auto block = [program](const char* name, GLuint binding) {
     const GLuint index = glGetUniformBlockIndex(program, name);
     if (index != GL_INVALID_INDEX) glUniformBlockBinding(program, index, binding);

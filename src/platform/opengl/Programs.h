@@ -7,9 +7,14 @@
 #include "platform/opengl/Shadow.h"
 
 #include <cstdint>
+#include <string>
 #include <unordered_map>
 
 namespace ql::opengl {
+
+/// A program of stages that are given as text; an empty geometry stage is left out.
+/// @throws std::runtime_error with the driver's words when it does not accept a program
+GlProgram makeProgram(const std::string& vertex, const std::string& geometry, const std::string& fragment);
 
 class Programs {
  public:

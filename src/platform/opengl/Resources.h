@@ -64,6 +64,7 @@ class Target {
   device::Format format() const { return texture_->description().format; }
   GLuint framebuffer() const { return framebuffer_.name(); }
   const Texture& texture() const { return *texture_; }
+  GLuint colors() { return texture_->complete(); }
   bool isTextureLevel() const { return isTextureLevel_; }
 
   void clear(const std::array<std::int32_t, 4>& area, std::uint32_t flags, std::uint32_t color, float z);

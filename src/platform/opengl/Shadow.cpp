@@ -17,8 +17,8 @@ void Shadow::activeUnit(std::size_t unit) {
 }
 
 void Shadow::texture(std::size_t unit, GLuint name) {
-  if (textures_[unit] == name) return;
-  activeUnit(unit);
+  // Work goes to the active unit, also when the texture has been there all along.
+  if (textures_[unit] != name || unit == kWorkUnit) activeUnit(unit);
   bind(textures_[unit], name, [name] { glBindTexture(GL_TEXTURE_2D, name); });
 }
 

@@ -40,6 +40,8 @@ class Shadow {
   /// A clear writes all channels and depth, inside a rectangle.
   void prepareClear(const std::array<std::int32_t, 4>& area);
 
+  /// A context that meets its first window takes its size for the viewport and the scissor.
+  void forgetAreas() { viewport_ = scissor_ = std::nullopt; }
   /// The driver forgets the bindings of objects that are deleted.
   void forgetTexture(GLuint name);
   void forgetFramebuffer(GLuint name) { framebuffer_ = framebuffer_ == name ? 0 : framebuffer_; }

@@ -2,6 +2,7 @@
 
 #include "platform/window/SdlWindow.h"
 #include "platform/window/XErrors.h"
+#include "platform/window/XPlace.h"
 
 #include <string_view>
 #include <utility>
@@ -50,6 +51,7 @@ std::shared_ptr<HostWindow> HostWindow::adopt(std::shared_ptr<SdlVideo> video, s
 HostWindow::HostWindow(std::shared_ptr<SdlVideo> video, SDL_Window* window, void* server, unsigned long number)
     : video_(std::move(video)), window_(window), server_(server), number_(number) {
   video_->guard(server_);
+  accepted(server_, [this] { visual_ = placeOnServer(window_).visual; });
 }
 
 HostWindow::~HostWindow() {
@@ -64,6 +66,11 @@ device::Window::Size HostWindow::clientSize() const {
   gone_ = !accepted(
       server_, [&] { XGetGeometry(connection(server_), number_, &root, &x, &y, &width, &height, &border, &depth); });
   return gone_ ? Size{} : Size{width, height};
+}
+
+device::XWindow HostWindow::onServer() const {
+  if (gone_) return {};
+  return {static_cast<std::uint32_t>(number_), visual_};
 }
 
 void HostWindow::show(const device::Picture& picture) {

@@ -26,6 +26,7 @@ class HostWindow final : public device::Window {
   Size clientSize() const override;
   bool visible() const override { return !gone_; }
   void show(const device::Picture& picture) override;
+  device::XWindow onServer() const override;
   void pump() override { video_->pump(); }
   void setTitle(const std::string&) override {}
   bool closeRequested() const override { return false; }
@@ -38,6 +39,7 @@ class HostWindow final : public device::Window {
   SDL_Window* window_;
   void* server_;          ///< SDL's connection to the X server
   unsigned long number_;  ///< of the window there
+  std::uint32_t visual_ = 0;
   mutable bool gone_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "platform/window/SdlWindow.h"
 
 #include "platform/host/Files.h"
+#include "platform/window/XPlace.h"
 
 #include <algorithm>
 #include <utility>
@@ -48,7 +49,7 @@ std::shared_ptr<SdlWindow> SdlWindow::create(std::shared_ptr<SdlVideo> video) {
 }
 
 SdlWindow::SdlWindow(std::shared_ptr<SdlVideo> video, SDL_Window* window)
-    : video_(std::move(video)), window_(window), size_(kFirstSize) {
+    : video_(std::move(video)), window_(window), place_(placeOnServer(window)), size_(kFirstSize) {
   SDL_AddEventWatch(&SdlWindow::watch, this);
 }
 
@@ -107,13 +108,16 @@ void SdlWindow::applyMode() {
   video_->pump();
 }
 
+void SdlWindow::appear() {
+  if (shown_ || !visible()) return;
+  shown_ = true;
+  SDL_ShowWindow(window_);
+  applyMode();
+}
+
 void SdlWindow::show(const device::Picture& picture) {
   if (!visible()) return;
-  if (!shown_) {
-    shown_ = true;
-    SDL_ShowWindow(window_);
-    applyMode();
-  }
+  appear();
   showPicture(window_, picture);
 }
 

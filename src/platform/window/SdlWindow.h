@@ -28,6 +28,8 @@ class SdlWindow final : public device::Window {
   Size clientSize() const override;
   bool visible() const override;
   void show(const device::Picture& picture) override;
+  device::XWindow onServer() const override { return place_; }
+  void appear() override;
   void pump() override { video_->pump(); }
   void setTitle(const std::string& title) override;
   bool closeRequested() const override { return closeRequested_; }
@@ -40,6 +42,7 @@ class SdlWindow final : public device::Window {
 
   std::shared_ptr<SdlVideo> video_;
   SDL_Window* window_;
+  device::XWindow place_;
   bool shown_ = false, fullScreen_ = false, closeRequested_ = false;
   Size size_;
 };

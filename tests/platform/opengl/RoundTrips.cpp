@@ -95,6 +95,22 @@ TEST_F(OpenGL, ShowsThePictureTopRowFirst) {
   }
 }
 
+TEST_F(OpenGL, ATextureIsWrittenAgainAfterAnotherWasDrawn) {
+  Scene s(hardware(), 8, 8);
+  const std::vector<std::uint32_t> red(4, 0xFFFF0000), green(4, 0xFF00FF00), blue(4, 0xFF0000FF);
+  const device::TextureId still = s.texture(2, 2, green), changing = s.texture(2, 2, red);
+  s.replaceByTexture();
+  s.textures[0] = still;
+  s.fill(0);
+  s.pixels();  // drawn, with its texture in the first stage
+  s.backEnd->uploadTexture(changing, 0, std::as_bytes(std::span(blue)));
+  s.fill(0);
+  EXPECT_EQ(s.pixel(3, 3), green[0]);
+  s.textures[0] = changing;
+  s.fill(0);
+  EXPECT_EQ(s.pixel(3, 3), blue[0]);
+}
+
 TEST_F(OpenGL, VertexBuffersChangeBetweenDraws) {
   Scene s(hardware(), 32, 8);
   const std::vector<ScreenVertex> corners{{0, 0, 0, 1, 0xFFFF0000},  {16, 0, 0, 1, 0xFFFF0000},
