@@ -18,9 +18,14 @@ struct Draw {
   std::uint32_t vertexCount = 0;
   std::size_t stride = 0;
   const std::byte* source = nullptr;  ///< of its first vertex
-  const float* records = nullptr;
+  float* records = nullptr;
 
+  /// Whether its vertices are transformed when it is binned: those of a list belong to one triangle each.
+  bool transformsLater() const { return type == device::PrimitiveType::TriangleList; }
   const float* record(std::uint32_t vertex) const {
+    return records + std::size_t{vertex} * static_cast<std::size_t>(pipeline->attributes.recordFloats());
+  }
+  float* writable(std::uint32_t vertex) const {
     return records + std::size_t{vertex} * static_cast<std::size_t>(pipeline->attributes.recordFloats());
   }
   const std::byte* vertex(std::uint32_t vertex) const { return source + std::size_t{vertex} * stride; }
@@ -57,8 +62,5 @@ struct Job {
   std::vector<float> records;
   std::uint32_t drawn = 0, clipped = 0;  ///< triangles listed somewhere, whole or in parts; triangles that were cut
 };
-
-/// Fills a job's lists. @param tilesX,tilesY of the target
-void bin(std::span<const Draw> draws, std::int32_t tilesX, std::int32_t tilesY, Job& job);
 
 }  // namespace ql::software

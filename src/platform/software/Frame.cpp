@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::uint32_t kJobPrimitives = 8192, kRangeVertices = 1024;
 // What may wait: bytes of vertices, and lists (one per tile and job).
-constexpr std::size_t kMostBytes = std::size_t{64} << 20, kMostLists = std::size_t{1} << 20;
+constexpr std::size_t kMostBytes = std::size_t{32} << 20, kMostLists = std::size_t{1} << 20;
+constexpr std::size_t kTrianglesAtOnce = 64;  // that a tile draws
 constexpr std::size_t kMostPrimitives = std::size_t{1} << 20;
 
 }  // namespace
@@ -27,7 +28,7 @@ bool Frame::full(const Target& target) const {
 const Pipeline* Frame::addPipeline(Pipeline&& pipeline) {
   if (pipelineCount_ == pipelines_.size()) pipelines_.emplace_back();
   Pipeline& added = pipelines_[pipelineCount_++] = std::move(pipeline);
-  added.raster = kernels_.raster(added);
+  added.paint = kernels_.painter(added);
   return &added;
 }
 
@@ -108,9 +109,11 @@ void Frame::transform() {
     Draw& draw = draws_[i];
     draw.records = records_.get() + place;
     place += std::size_t{draw.vertexCount} * static_cast<std::size_t>(draw.pipeline->attributes.recordFloats());
+    if (draw.transformsLater()) continue;
     for (std::uint32_t first = 0; first < draw.vertexCount; first += kRangeVertices)
       ranges_.push_back({i, first, std::min(kRangeVertices, draw.vertexCount - first)});
   }
+  if (ranges_.empty()) return;
   // Small ranges are handed out in groups of about the size of a large one.
   groups_.assign(1, 0);
   std::uint32_t grouped = 0;
@@ -131,8 +134,8 @@ void Frame::transformGroup(std::size_t group) {
   for (std::size_t i = groups_[group]; i < end; ++i) {
     const Range& range = ranges_[i];
     const Draw& draw = draws_[range.draw];
-    float* records = records_.get() + (draw.record(range.first) - records_.get());
-    transformVertices(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count, records);
+    kernels_.geometry.transform(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count,
+                                draw.writable(range.first), nullptr);
   }
 }
 
@@ -148,7 +151,8 @@ void Frame::binAll(const Target& target) {
     job.firstDraw = draw;
   }
   pool_.run(static_cast<std::uint32_t>(jobCount_), [&](std::uint32_t i, unsigned worker) {
-    meter_.time(worker, device::WorkStep::Binning, [&] { bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]); });
+    meter_.time(worker, device::WorkStep::Binning,
+                [&] { kernels_.geometry.bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]); });
   });
 }
 
@@ -174,36 +178,45 @@ void Frame::drawTile(const Target::Rows& rows, Target& target, std::int32_t inde
 }
 
 void Frame::drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear) {
-  Triangle triangle;
+  std::array<TriangleRef, kTrianglesAtOnce> waiting;
+  std::size_t count = 0;
   const Pipeline* pipeline = nullptr;
-  RasterFunction raster = nullptr;
   Box area;
+  const auto paint = [&] {
+    if (count != 0) pipeline->paint(*pipeline, std::span(waiting).first(count), area, tile);
+    count = 0;
+  };
   for (const std::uint32_t id : job.lists[static_cast<std::size_t>(index)]) {
     const bool made = (id & Job::kExtra) != 0;
     const Job::Extra* extra = made ? &job.extras[id & ~Job::kExtra] : nullptr;
     const std::uint32_t number = made ? extra->primitive : id;
-    for (; clear < clears_.size() && clears_[clear].first <= number; ++clear) clearTile(tile, clears_[clear]);
+    if (clear < clears_.size() && clears_[clear].first <= number) {
+      paint();
+      for (; clear < clears_.size() && clears_[clear].first <= number; ++clear) clearTile(tile, clears_[clear]);
+    }
     if (number - draws_[draw].first >= draws_[draw].count) {
       const auto after = std::upper_bound(draws_.begin() + static_cast<std::ptrdiff_t>(draw), draws_.end(), number,
                                           [](std::uint32_t n, const Draw& d) { return n < d.first; });
       draw = static_cast<std::size_t>(after - draws_.begin()) - 1;
     }
     const Draw& current = draws_[draw];
-    if (pipeline != current.pipeline) {
+    if (pipeline != current.pipeline || count == waiting.size()) {
+      paint();
       pipeline = current.pipeline;
-      raster = pipeline->raster;
       area = intersect(tile.area, pipeline->scissor);
     }
-    const float* v[3];
+    TriangleRef& ref = waiting[count++];
     if (made) {
-      for (int k = 0; k < 3; ++k) v[k] = job.records.data() + extra->record[k];
+      for (int k = 0; k < 3; ++k) ref.v[k] = job.records.data() + extra->record[k];
     } else {
       const Corners corners = triangleOf(current.type, number - current.first);
-      for (int k = 0; k < 3; ++k) v[k] = current.record(corners.v[k]);
+      for (int k = 0; k < 3; ++k) {
+        ref.v[k] = current.record(corners.v[k]);
+        __builtin_prefetch(ref.v[k]);
+      }
     }
-    setUp(*pipeline, v[0], v[1], v[2], tile.x, tile.y, area, triangle);
-    raster(*pipeline, triangle, tile);
   }
+  paint();
 }
 
 }  // namespace ql::software

@@ -57,7 +57,7 @@ class Frame {
 
   Pool pool_;
   Meter meter_;
-  const KernelSet& kernels_;
+  KernelSet kernels_;
   std::vector<std::unique_ptr<Tile>> tiles_;  ///< one per thread
   std::deque<Pipeline> pipelines_;            ///< the first pipelineCount_ are in use
   std::size_t pipelineCount_ = 0;

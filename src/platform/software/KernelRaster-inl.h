@@ -10,8 +10,9 @@
 #include "platform/software/Coarse.h"
 #include "platform/software/KernelBlend-inl.h"
 #include "platform/software/KernelCombine-inl.h"
+#include "platform/software/KernelLevels-inl.h"
 #include "platform/software/KernelSample-inl.h"
-#include "platform/software/LevelOfDetail.h"
+#include "platform/software/KernelSetUp-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ql::software::HWY_NAMESPACE {
@@ -20,6 +21,7 @@ alignas(64) constexpr float kColumn[kLanes] = {0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 
 alignas(64) constexpr float kRow[kLanes] = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3};
 alignas(64) constexpr std::int32_t kColumnInt[kLanes] = {0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3};
 alignas(64) constexpr std::int32_t kRowInt[kLanes] = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3};
+constexpr std::uint32_t kAllPixels = 0xFFFF;
 
 /// Clears the pixels where "a compares to b" is false.
 HWY_INLINE Pixels compared(device::Compare function, Ints a, Ints b, Pixels mask) {
@@ -72,136 +74,178 @@ HWY_INLINE Floats fogShare(const Fog& fog, Floats distance) {
   return number(1.0f);
 }
 
-/// Draws one triangle.
+/// Draws triangles of one pipeline into a tile, in order and in two steps: triangles are set up some at a time and
+/// their blocks listed, then the blocks are shaded. So set-up of one triangle never waits for another's pixels, and the
+/// loop over pixels hardly ever branches the wrong way.
 template <Texturing kTexturing, Blending kBlending>
 class Painter {
  public:
-  Painter(const Pipeline& pipeline, const Triangle& triangle, Tile& tile) : p_(pipeline), t_(triangle), tile_(tile) {
-    const std::int32_t count = t_.attributes;
-    for (int i = 0; i < kLanes; i += kWidth) {
-      const Floats column = hn::Load(kFloat, kColumn + i), row = hn::Load(kFloat, kRow + i);
-      for (std::int32_t k = 0; k < count; ++k)
-        hn::Store(hn::Add(hn::Mul(number(t_.dx[k]), column), hn::Mul(number(t_.dy[k]), row)), kFloat, lane_[k] + i);
-      const Ints x = hn::Load(kInt, kColumnInt + i), y = hn::Load(kInt, kRowInt + i);
-      for (int k = 0; k < 3; ++k)
-        hn::Store(hn::Add(hn::Mul(number(t_.a[k]), x), hn::Mul(number(t_.b[k]), y)), kInt, edge_[k] + i);
-    }
-    flatDistance_ = t_.dx[kAttributeQ] == 0 && t_.dy[kAttributeQ] == 0;
+  Painter(const Pipeline& pipeline, const Box& area, Tile& tile)
+      : p_(pipeline), area_(area), tile_(tile), raises_(raisesBound(pipeline)), rejects_(rejectsFar(pipeline)) {
+    cut_ = area.left != tile.x || area.top != tile.y || area.right != tile.x + kTileSide ||
+           area.bottom != tile.y + kTileSide;
     if constexpr (kBlending == Blending::General)
       if (p_.target.sixteen()) rounding_ = roundingOf(p_);
-    if constexpr (kTexturing != Texturing::None)
-      for (std::size_t i = 0; i < stages(); ++i) {
-        if (kTexturing == Texturing::General && !p_.stages[i].samples) continue;
-        perBlock_[i] = !chooseOnce(p_.samplers[i], t_, p_.attributes.uv[i], p_.attributes.divisor[i], level_[i][0]);
-        if (perBlock_[i]) continue;
-        level_[i][1] = level_[i][2] = level_[i][3] = level_[i][0];
-      }
   }
 
-  std::uint64_t shaded() const { return shaded_; }
-  void draw() {
-    constexpr int kSide = TileDepth::kCoarseSide;
-    for (int k = 0; k < 3; ++k)
-      blockMax_[k] = std::max(0, t_.a[k] * (kBlockSide - 1)) + std::max(0, t_.b[k] * (kBlockSide - 1));
-    if (t_.x1 - t_.x0 <= kSide && t_.y1 - t_.y0 <= kSide && !raisesBound(p_)) {
-      for (int y = t_.y0 & ~(kBlockSide - 1); y <= t_.y1; y += kBlockSide)
-        for (int x = t_.x0 & ~(kBlockSide - 1); x <= t_.x1; x += kBlockSide) {
-          if (outside(x, y)) continue;
-          chooseOne(x, y);
-          block(x, y, false, 0);
-        }
-      return;
+  void draw(std::span<const TriangleRef> triangles) {
+    while (!triangles.empty()) {
+      const std::size_t count = std::min<std::size_t>(triangles.size(), kSetUpAtOnce);
+      setUpSome(p_, triangles.first(count), tile_.x, tile_.y, area_, triangles_);
+      for (std::size_t slot = 0; slot < count; ++slot) list(slot);
+      shadeAll();
+      triangles = triangles.subspan(count);
     }
-    drawCells();
+    tile_.shaded += shaded_;
   }
 
  private:
+  using Item = Workspace::Item;
+  using Slot = Workspace::Slot;
+  static constexpr int kSmallSide = 12;  ///< triangles not larger are small
+  static constexpr std::size_t kMostItems = Workspace::kMostItems;
+  static constexpr std::size_t kItemsOfSmall = (kSmallSide / kBlockSide + 1) * (kSmallSide / kBlockSide + 1);
+
   std::size_t stages() const { return static_cast<std::size_t>(p_.stageCount); }
-  HWY_INLINE std::int32_t edge(int k, int x, int y) const { return t_.c[k] + t_.a[k] * x + t_.b[k] * y; }
-  HWY_INLINE bool outside(int x, int y) const {
-    return ((edge(0, x, y) + blockMax_[0]) | (edge(1, x, y) + blockMax_[1]) | (edge(2, x, y) + blockMax_[2])) < 0;
+
+  /// Lists the blocks of a triangle that was set up.
+  HWY_INLINE void list(std::size_t slot) {
+    const Triangle& t = triangles_[slot];
+    if (t.x0 > t.x1 || t.y0 > t.y1) return;
+    Slot& s = slots_[slot];
+    for (int i = 0; i < kLanes; i += kWidth) {
+      const Floats column = hn::Load(kFloat, kColumn + i), row = hn::Load(kFloat, kRow + i);
+      for (std::int32_t k = 0; k < t.attributes; ++k)
+        hn::Store(hn::Add(hn::Mul(number(t.dx[k]), column), hn::Mul(number(t.dy[k]), row)), kFloat, s.lane[k] + i);
+      const Ints x = hn::Load(kInt, kColumnInt + i), y = hn::Load(kInt, kRowInt + i);
+      for (int k = 0; k < 3; ++k)
+        hn::Store(hn::Add(hn::Mul(number(t.a[k]), x), hn::Mul(number(t.b[k]), y)), kInt, edge_[k] + i);
+    }
+    s.flatDistance = t.dx[kAttributeQ] == 0 && t.dy[kAttributeQ] == 0;
+    bool perBlock = false;
+    std::array<LevelChoice, device::kStages> levels;
+    if constexpr (kTexturing != Texturing::None)
+      for (std::size_t i = 0; i < stages(); ++i) {
+        if (kTexturing == Texturing::General && !p_.stages[i].samples) continue;
+        perBlock_[i] = !chooseOnce(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i], levels[i]);
+        perBlock |= perBlock_[i];
+      }
+    if (t.x1 - t.x0 < kSmallSide && t.y1 - t.y0 < kSmallSide && !raises_)
+      listBlocks(t, slot, perBlock, levels);
+    else
+      listCells(t, slot, levels);
+  }
+
+  HWY_INLINE void listBlocks(const Triangle& t, std::size_t slot, bool perBlock,
+                             const std::array<LevelChoice, device::kStages>& levels) {
+    if (items_ + kItemsOfSmall > kMostItems) shadeAll();
+    for (int y = t.y0 & ~(kBlockSide - 1); y <= t.y1; y += kBlockSide)
+      for (int x = t.x0 & ~(kBlockSide - 1); x <= t.x1; x += kBlockSide) {
+        const std::uint32_t mask = inside(t, x, y);
+        Item& item = item_[items_];
+        item.x = static_cast<std::uint8_t>(x);
+        item.y = static_cast<std::uint8_t>(y);
+        item.slot = static_cast<std::uint8_t>(slot);
+        item.covered = false;
+        item.mask = static_cast<std::uint16_t>(mask);
+        item.levels = levels;
+        if (perBlock && mask != 0) chooseOne(t, x, y, item.levels);
+        items_ += mask != 0;  // no branch: it would go either way
+      }
   }
 
   /// Through 8 × 8 pixels at a time.
-  HWY_INLINE void drawCells() {
+  HWY_INLINE void listCells(const Triangle& t, std::size_t slot,
+                            const std::array<LevelChoice, device::kStages>& levels) {
     constexpr int kSide = TileDepth::kCoarseSide;
-    const bool reject = rejectsFar(p_);
-    std::int32_t most[3], least[3];
+    std::int32_t most[3], least[3], blockMost[3];
     for (int k = 0; k < 3; ++k) {
-      most[k] = std::max(0, t_.a[k] * (kSide - 1)) + std::max(0, t_.b[k] * (kSide - 1));
-      least[k] = std::min(0, t_.a[k] * (kSide - 1)) + std::min(0, t_.b[k] * (kSide - 1));
+      most[k] = std::max(0, t.a[k] * (kSide - 1)) + std::max(0, t.b[k] * (kSide - 1));
+      least[k] = std::min(0, t.a[k] * (kSide - 1)) + std::min(0, t.b[k] * (kSide - 1));
+      blockMost[k] = std::max(0, t.a[k] * (kBlockSide - 1)) + std::max(0, t.b[k] * (kBlockSide - 1));
     }
-    for (int y = t_.y0 & ~(kSide - 1); y <= t_.y1; y += kSide)
-      for (int x = t_.x0 & ~(kSide - 1); x <= t_.x1; x += kSide) {
+    const auto edge = [&t](int k, int x, int y) HWY_ATTR { return t.c[k] + t.a[k] * x + t.b[k] * y; };
+    std::array<std::array<LevelChoice, device::kStages>, 4> four{levels, levels, levels, levels};
+    for (int y = t.y0 & ~(kSide - 1); y <= t.y1; y += kSide)
+      for (int x = t.x0 & ~(kSide - 1); x <= t.x1; x += kSide) {
         const std::int32_t e0 = edge(0, x, y), e1 = edge(1, x, y), e2 = edge(2, x, y);
         if (((e0 + most[0]) | (e1 + most[1]) | (e2 + most[2])) < 0) continue;
-        const bool boxed = x >= t_.x0 && y >= t_.y0 && x + kSide - 1 <= t_.x1 && y + kSide - 1 <= t_.y1;
+        const bool boxed = x >= t.x0 && y >= t.y0 && x + kSide - 1 <= t.x1 && y + kSide - 1 <= t.y1;
         const bool covered = boxed && ((e0 + least[0]) | (e1 + least[1]) | (e2 + least[2])) >= 0;
         if (p_.depthTest) {
           std::int32_t& bound =
               tile_.depth->farthest[static_cast<std::size_t>((y / kSide) * (kTileSide / kSide) + x / kSide)];
-          const Coarse coarse = coarseDepth(t_, x, y);
-          if (reject && static_cast<std::int32_t>(coarse.nearest) > bound) continue;
+          const Coarse coarse = coarseDepth(t, x, y);
+          if (rejects_ && static_cast<std::int32_t>(coarse.nearest) > bound) continue;
           updateBound(p_, coarse, covered, bound);
         }
-        chooseFour(x, y);
-        for (int i = 0; i < 4; ++i) {
-          const int bx = x + (i & 1) * kBlockSide, by = y + (i >> 1) * kBlockSide;
+        if (items_ + 4 > kMostItems) shadeAll();
+        chooseFour(t, x, y, four);
+        for (std::size_t i = 0; i < 4; ++i) {
+          const int bx = x + static_cast<int>(i & 1) * kBlockSide, by = y + static_cast<int>(i >> 1) * kBlockSide;
+          std::uint32_t mask = kAllPixels;
           if (!covered) {
-            if (bx > t_.x1 || by > t_.y1 || bx + kBlockSide <= t_.x0 || by + kBlockSide <= t_.y0) continue;
-            if (outside(bx, by)) continue;
+            if (bx > t.x1 || by > t.y1 || bx + kBlockSide <= t.x0 || by + kBlockSide <= t.y0) continue;
+            if (((edge(0, bx, by) + blockMost[0]) | (edge(1, bx, by) + blockMost[1]) |
+                 (edge(2, bx, by) + blockMost[2])) < 0)
+              continue;
+            mask = inside(t, bx, by);
+            if (mask == 0) continue;
           }
-          block(bx, by, covered, i);
+          item_[items_++] = {static_cast<std::uint8_t>(bx),    static_cast<std::uint8_t>(by),
+                             static_cast<std::uint8_t>(slot),  mask == kAllPixels,
+                             static_cast<std::uint16_t>(mask), four[i]};
         }
       }
   }
 
-  HWY_INLINE LevelChoice levelAt(std::size_t stage, int x, int y) const {
-    return chooseLevel(p_.samplers[stage], t_, p_.attributes.uv[stage], p_.attributes.divisor[stage],
-                       static_cast<float>(x) + t_.originX, static_cast<float>(y) + t_.originY);
+  /// One bit for each pixel of a block that is inside the triangle. A pixel inside all edges is inside the triangle's
+  /// own box, so the box matters only where the area cut it.
+  HWY_INLINE std::uint32_t inside(const Triangle& t, int x, int y) const {
+    std::uint32_t bits = 0;
+    const Ints e0 = number(t.c[0] + t.a[0] * x + t.b[0] * y);
+    const Ints e1 = number(t.c[1] + t.a[1] * x + t.b[1] * y);
+    const Ints e2 = number(t.c[2] + t.a[2] * x + t.b[2] * y);
+    for (int i = 0; i < kLanes; i += kWidth) {
+      const auto value = [&](Ints e, int k) HWY_ATTR { return hn::Add(e, hn::Load(kInt, edge_[k] + i)); };
+      Ints outside = hn::Or(hn::Or(value(e0, 0), value(e1, 1)), value(e2, 2));
+      if (cut_) {
+        const Ints px = hn::Add(number(x), hn::Load(kInt, kColumnInt + i));
+        const Ints py = hn::Add(number(y), hn::Load(kInt, kRowInt + i));
+        outside = hn::Or(outside, hn::Or(hn::Or(hn::Sub(px, number(t.x0)), hn::Sub(number(t.x1), px)),
+                                         hn::Or(hn::Sub(py, number(t.y0)), hn::Sub(number(t.y1), py))));
+      }
+      bits |= bitsOf(hn::Gt(outside, number(-1))) << i;
+    }
+    return bits;
   }
+
   /// Levels of detail of one block, or of the four of 8 × 8 pixels.
-  HWY_INLINE void chooseOne(int x, int y) {
-    if constexpr (kTexturing == Texturing::None) return;
+  HWY_INLINE void chooseOne(const Triangle& t, int x, int y, std::array<LevelChoice, device::kStages>& out) const {
     for (std::size_t i = 0; i < stages(); ++i)
-      if (perBlock_[i]) level_[i][0] = levelAt(i, x, y);
+      if (perBlock_[i])
+        out[i] = chooseLevel(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i],
+                             static_cast<float>(x) + t.originX, static_cast<float>(y) + t.originY);
   }
-  HWY_INLINE void chooseFour(int x, int y) {
+  HWY_INLINE void chooseFour(const Triangle& t, int x, int y,
+                             std::array<std::array<LevelChoice, device::kStages>, 4>& out) const {
     if constexpr (kTexturing == Texturing::None) return;
-    using Tag = hn::CappedTag<float, 4>;
-    constexpr Tag d;
-    alignas(16) static constexpr float kX[4] = {0, 4, 0, 4}, kY[4] = {0, 0, 4, 4};
     for (std::size_t i = 0; i < stages(); ++i) {
       if (!perBlock_[i]) continue;
-      const Sampler& s = p_.samplers[i];
-      const std::int32_t uv = p_.attributes.uv[i], divisor = p_.attributes.divisor[i];
-      // As chooseLevel does it.
-      const auto set = [](float value) HWY_ATTR { return hn::Set(Tag(), value); };
-      const auto centre = [&](int from, const float* offsets, float origin) HWY_ATTR {
-        const auto first = hn::Add(set(static_cast<float>(from)), hn::Load(d, offsets));
-        return hn::Add(hn::Add(first, set(origin)), set(1.5f));
-      };
-      const auto cx = centre(x, kX, t_.originX), cy = centre(y, kY, t_.originY);
-      const auto at = [&](std::int32_t k) HWY_ATTR {
-        return hn::Add(set(t_.value[k]), hn::Add(hn::Mul(set(t_.dx[k]), cx), hn::Mul(set(t_.dy[k]), cy)));
-      };
-      const auto w = hn::Div(set(1.0f), at(divisor)), u = hn::Mul(at(uv), w), v = hn::Mul(at(uv + 1), w);
-      const auto acrossU = hn::Mul(w, set(s.width)), acrossV = hn::Mul(w, set(s.height));
-      const auto slope = [&](float along, decltype(w) value, float q, decltype(w) across)
-                             HWY_ATTR { return hn::Mul(hn::Sub(set(along), hn::Mul(value, set(q))), across); };
-      const float qx = t_.dx[divisor], qy = t_.dy[divisor];
-      const auto ux = slope(t_.dx[uv], u, qx, acrossU), vx = slope(t_.dx[uv + 1], v, qx, acrossV);
-      const auto uy = slope(t_.dy[uv], u, qy, acrossU), vy = slope(t_.dy[uv + 1], v, qy, acrossV);
-      const auto rx = hn::Add(hn::Mul(ux, ux), hn::Mul(vx, vx)), ry = hn::Add(hn::Mul(uy, uy), hn::Mul(vy, vy));
-      alignas(16) float change[4];
-      hn::Store(hn::Max(rx, ry), d, change);
-      for (int k = 0; k < 4; ++k) level_[i][k] = levelFor(s, change[k]);
+      const std::array<float, 4> changes =
+          changesAt(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i], x, y);
+      for (std::size_t k = 0; k < 4; ++k) out[k][i] = levelFor(p_.samplers[i], changes[k]);
     }
+  }
+
+  HWY_NOINLINE void shadeAll() {
+    for (std::size_t i = 0; i < items_; ++i) shade(item_[i]);
+    items_ = 0;
   }
 
   /// An attribute's value at each pixel, as it is interpolated on the screen.
   HWY_INLINE Floats at(std::int32_t attribute, int i) const {
-    return hn::Add(number(base_[attribute]), hn::Load(kFloat, lane_[attribute] + i));
+    return hn::Add(number(base_[attribute]), hn::Load(kFloat, slot_->lane[attribute] + i));
   }
   HWY_INLINE Ints channel(std::int32_t attribute, int i, Floats w) const {
     const Floats value = within(hn::Mul(at(attribute, i), w), number(0.0f), number(255.0f));
@@ -212,44 +256,47 @@ class Painter {
     return gathered(channel(attribute, i, w), channel(attribute + 1, i, w), channel(attribute + 2, i, w),
                     channel(attribute + 3, i, w));
   }
-  HWY_INLINE Color texture(std::size_t stage, int i, Floats w, int level) const {
+  HWY_INLINE Color diffuse(int i, Floats w) const { return vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w); }
+  HWY_INLINE Color texture(std::size_t stage, int i, Floats w) const {
     const std::int32_t uv = p_.attributes.uv[stage], divisor = p_.attributes.divisor[stage];
     const Floats scale = HWY_LIKELY(divisor == kAttributeQ) ? w : hn::Div(number(1.0f), at(divisor, i));
     const Floats u = hn::Mul(at(uv, i), scale), v = hn::Mul(at(uv + 1, i), scale);
-    return sampleAt(p_.samplers[stage], level_[stage][level], u, v);
+    return sampleAt(p_.samplers[stage], (*levels_)[stage], u, v);
   }
 
   /// Interpolates, samples and combines: the colour that arrives at the alpha test.
-  HWY_INLINE Color colorAt(int i, int level) const {
+  HWY_INLINE Color colorAt(int i) const {
     const Floats q = at(kAttributeQ, i);
-    const Floats w = flatDistance_ ? number(1.0f / base_[kAttributeQ]) : hn::Div(number(1.0f), q);
-    Color out = stagesAt(i, w, level);
+    const Floats w = slot_->flatDistance ? number(1.0f / base_[kAttributeQ]) : hn::Div(number(1.0f), q);
+    Color out = stagesAt(i, w);
     if (p_.specularAdd)
       out = each([](Words c, Words s) HWY_ATTR { return withAlpha(limited(hn::Add(c, s)), c); }, out,
                  vertexColor(p_.attributes.specular, 0, i, w));
     return p_.fog.source == FogSource::None ? out : fogged(out, i, w);
   }
   /// The last stage's result.
-  HWY_INLINE Color stagesAt(int i, Floats w, int level) const {
+  HWY_INLINE Color stagesAt(int i, Floats w) const {
     if constexpr (kTexturing == Texturing::None) {
-      return vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w);
+      return diffuse(i, w);
     } else if constexpr (kTexturing == Texturing::Replace) {
-      const Color texel = texture(0, i, w, level);
-      return p_.second.active ? second(texel, texture(1, i, w, level)) : texel;
+      const Color texel = texture(0, i, w);
+      return p_.second.active ? second(texel, texture(1, i, w)) : texel;
     } else if constexpr (kTexturing == Texturing::Modulate) {
-      const Color texel = texture(0, i, w, level);
-      const Color out = each([](Words a, Words b) HWY_ATTR { return product(a, b); }, texel,
-                             vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w));
-      return p_.second.active ? second(out, texture(1, i, w, level)) : out;
+      const Color texel = texture(0, i, w), vertex = diffuse(i, w);
+      Color out = each([](Words a, Words b) HWY_ATTR { return product(a, b); }, texel, vertex);
+      if (p_.firstAlpha != FirstAlpha::Multiply)
+        out = each([](Words c, Words a) HWY_ATTR { return withAlpha(c, a); }, out,
+                   p_.firstAlpha == FirstAlpha::Texture ? texel : vertex);
+      return p_.second.active ? second(out, texture(1, i, w)) : out;
     } else {
       Inputs in;
-      in.diffuse = vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w);
+      in.diffuse = diffuse(i, w);
       in.specular = vertexColor(p_.attributes.specular, 0, i, w);
       in.factor = unpacked(hn::Set(kUint, p_.textureFactor));
       in.current = in.diffuse;
       for (std::size_t stage = 0; stage < stages(); ++stage) {
         if (p_.stages[stage].samples)
-          in.texture = texture(stage, i, w, level);
+          in.texture = texture(stage, i, w);
         else
           in.texture = {word(255), word(255)};
         combineStage(p_.stages[stage], in);
@@ -277,57 +324,43 @@ class Painter {
                 unpacked(hn::Set(kUint, p_.fog.color)), spread(share));
   }
 
-  /// Draws a block. @param covered whether all its pixels are inside @param level which of level_ holds its levels
-  HWY_INLINE void block(int x, int y, bool covered, int level) {
-    const float atX = static_cast<float>(x) + t_.originX, atY = static_cast<float>(y) + t_.originY;
+  /// Draws a block.
+  HWY_INLINE void shade(const Item& item) {
+    const Triangle& t = triangles_[item.slot];
+    slot_ = &slots_[item.slot];
+    levels_ = &item.levels;
     using Tag = hn::CappedTag<float, kAttributeStep>;
     constexpr Tag d;
-    const auto dx = hn::Set(d, atX), dy = hn::Set(d, atY);
-    for (std::int32_t k = 0; k < t_.attributes; k += static_cast<std::int32_t>(hn::MaxLanes(d))) {
-      const auto step = hn::Add(hn::Mul(hn::Load(d, t_.dx + k), dx), hn::Mul(hn::Load(d, t_.dy + k), dy));
-      hn::Store(hn::Add(hn::Load(d, t_.value + k), step), d, base_ + k);
+    const auto dx = hn::Set(d, static_cast<float>(item.x) + t.originX);
+    const auto dy = hn::Set(d, static_cast<float>(item.y) + t.originY);
+    for (std::int32_t k = 0; k < t.attributes; k += static_cast<std::int32_t>(hn::MaxLanes(d))) {
+      const auto step = hn::Add(hn::Mul(hn::Load(d, t.dx + k), dx), hn::Mul(hn::Load(d, t.dy + k), dy));
+      hn::Store(hn::Add(hn::Load(d, t.value + k), step), d, base_ + k);
     }
-    const auto place = static_cast<std::size_t>(blockOffset(x, y));
+    const auto place = static_cast<std::size_t>(blockOffset(item.x, item.y));
     std::uint32_t* const colors = tile_.color.data() + place;
     std::int32_t* const depths = tile_.depth->depth.data() + place;
-    const std::int32_t e[3] = {edge(0, x, y), edge(1, x, y), edge(2, x, y)};
-    const bool boxed = x >= t_.x0 && y >= t_.y0 && x + kBlockSide - 1 <= t_.x1 && y + kBlockSide - 1 <= t_.y1;
     for (int i = 0; i < kLanes; i += kWidth) {
-      Pixels mask = hn::Eq(hn::Zero(kInt), hn::Zero(kInt));
-      if (!covered) {
-        mask = inside(e, i);
-        if (!boxed) mask = hn::And(mask, insideBox(x, y, i));
-        if (hn::AllFalse(kInt, mask)) continue;
-      }
+      Pixels mask = pixelsOf(static_cast<std::uint32_t>(item.mask) >> i);
+      if (kWidth < kLanes && hn::AllFalse(kInt, mask)) continue;
       Ints depth = hn::Zero(kInt), stored = depth;
       if (p_.depthTest) {
-        depth = truncated(within(at(kAttributeZ, i), number(t_.zMin), number(t_.zMax)));
+        depth = truncated(within(at(kAttributeZ, i), number(t.zMin), number(t.zMax)));
         stored = hn::Load(kInt, depths + i);
         mask = compared(p_.depthFunction, depth, stored, mask);
         if (hn::AllFalse(kInt, mask)) continue;
         if (p_.depthWrite && !p_.alphaTest) hn::Store(hn::IfThenElse(mask, depth, stored), kInt, depths + i);
       }
       shaded_ += hn::CountTrue(kInt, mask);
-      const Color color = colorAt(i, level);
+      const Color color = colorAt(i);
       if (p_.alphaTest) {
         const Ints alpha = hn::BitCast(kInt, hn::ShiftRight<24>(packed(color)));
         mask = compared(p_.alphaFunction, alpha, number(std::int32_t{p_.alphaRef}), mask);
         if (hn::AllFalse(kInt, mask)) continue;
         if (p_.depthWrite) hn::Store(hn::IfThenElse(mask, depth, stored), kInt, depths + i);
       }
-      write(color, mask, covered && !p_.depthTest && !p_.alphaTest, colors + i, i);
+      write(color, mask, item.covered && !p_.depthTest && !p_.alphaTest, colors + i, i);
     }
-  }
-  HWY_INLINE Pixels inside(const std::int32_t* e, int i) const {
-    const auto value = [&](int k) HWY_ATTR { return hn::Add(number(e[k]), hn::Load(kInt, edge_[k] + i)); };
-    return hn::Gt(hn::Or(hn::Or(value(0), value(1)), value(2)), number(-1));
-  }
-  HWY_INLINE Pixels insideBox(int x, int y, int i) const {
-    const Ints px = hn::Add(number(x), hn::Load(kInt, kColumnInt + i));
-    const Ints py = hn::Add(number(y), hn::Load(kInt, kRowInt + i));
-    const Ints beyond = hn::Or(hn::Or(hn::Sub(px, number(t_.x0)), hn::Sub(number(t_.x1), px)),
-                               hn::Or(hn::Sub(py, number(t_.y0)), hn::Sub(number(t_.y1), py)));
-    return hn::Gt(beyond, number(-1));
   }
 
   HWY_INLINE void write(const Color& color, Pixels mask, bool all, std::uint32_t* pixels, int i) const {
@@ -358,28 +391,33 @@ class Painter {
   }
 
   const Pipeline& p_;
-  const Triangle& t_;
+  const Box& area_;
   Tile& tile_;
-  alignas(64) float lane_[kMaxAttributes][kLanes];  ///< what a pixel adds to the value at its block's first one
-  alignas(64) std::int32_t edge_[3][kLanes];
-  alignas(64) float base_[kMaxAttributes];  ///< at the first pixel of the block that is being drawn
-  std::int32_t blockMax_[3];
+  const bool raises_, rejects_;
+  bool cut_ = false;  ///< the area is not the whole tile
   std::uint64_t shaded_ = 0;
-  bool flatDistance_ = false;  ///< the same w everywhere
+
+  Triangle* const triangles_ = tile_.work.triangles;
+  Slot* const slots_ = tile_.work.slots;
+  Item* const item_ = tile_.work.items;
+  std::size_t items_ = 0;
+  // Of the triangle that is being listed.
+  alignas(64) std::int32_t edge_[3][kLanes];
   std::array<bool, device::kStages> perBlock_{};
-  std::array<std::array<LevelChoice, 4>, device::kStages> level_;
+  // Of the block that is being drawn.
+  alignas(64) float base_[kMaxAttributes];  ///< at its first pixel
+  const Slot* slot_ = nullptr;
+  const std::array<LevelChoice, device::kStages>* levels_ = nullptr;
   Rounding rounding_;
 };
 
 template <Texturing kTexturing, Blending kBlending>
-void paint(const Pipeline& p, const Triangle& t, Tile& tile) {
-  Painter<kTexturing, kBlending> painter(p, t, tile);
-  painter.draw();
-  tile.shaded += painter.shaded();
+void paint(const Pipeline& p, std::span<const TriangleRef> triangles, const Box& area, Tile& tile) {
+  Painter<kTexturing, kBlending>(p, area, tile).draw(triangles);
 }
 
 template <Texturing kTexturing>
-RasterFunction withBlending(Blending blending) {
+PaintFunction withBlending(Blending blending) {
   switch (blending) {
     case Blending::Opaque:
       return paint<kTexturing, Blending::Opaque>;
@@ -393,7 +431,7 @@ RasterFunction withBlending(Blending blending) {
   return paint<kTexturing, Blending::General>;
 }
 
-inline RasterFunction raster(const Pipeline& p) {
+inline PaintFunction painter(const Pipeline& p) {
   switch (p.firstTexturing) {
     case Texturing::None:
       return withBlending<Texturing::None>(p.blending);

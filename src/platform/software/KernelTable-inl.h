@@ -4,7 +4,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace ql::software::HWY_NAMESPACE {
 
-constexpr KernelSet kKernels{raster};
+constexpr PainterFunction kPainter = painter;
 
 }  // namespace ql::software::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

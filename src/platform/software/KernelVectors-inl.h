@@ -74,6 +74,26 @@ HWY_INLINE Ints truncated(Floats x) {
   return Ints{_mm_cvttps_epi32(x.raw)};
 #endif
 }
+/// A bit for each pixel, from the lowest on.
+HWY_INLINE std::uint32_t bitsOf(Pixels mask) {
+#if HWY_MAX_BYTES == 64
+  return mask.raw;
+#elif HWY_MAX_BYTES == 32
+  return static_cast<std::uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(hn::VecFromMask(kInt, mask).raw)));
+#else
+  return static_cast<std::uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(hn::VecFromMask(kInt, mask).raw)));
+#endif
+}
+/// The pixels whose bits are set; higher bits than there are pixels are ignored.
+HWY_INLINE Pixels pixelsOf(std::uint32_t bits) {
+#if HWY_MAX_BYTES == 64
+  return Pixels{static_cast<__mmask16>(bits)};
+#else
+  alignas(32) static constexpr std::int32_t kBit[8] = {1, 2, 4, 8, 16, 32, 64, 128};
+  const Ints bit = hn::Load(kInt, kBit);
+  return hn::Eq(hn::And(number(static_cast<std::int32_t>(bits)), bit), bit);
+#endif
+}
 /// x within low to high; low for not a number: what these instructions make of it.
 HWY_INLINE Floats within(Floats x, Floats low, Floats high) { return hn::Min(hn::Max(x, low), high); }
 

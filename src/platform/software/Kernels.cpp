@@ -11,26 +11,24 @@
 namespace ql::software {
 namespace {
 
-const KernelSet* compiled(Kernels kernels) {
+const PainterFunction* compiled(Kernels kernels) {
   switch (kernels) {
 #if HWY_TARGETS & HWY_AVX3
     case Kernels::Avx512:
-      return hwy::SupportedTargets() & HWY_AVX3 ? &N_AVX3::kKernels : nullptr;
+      return hwy::SupportedTargets() & HWY_AVX3 ? &N_AVX3::kPainter : nullptr;
 #endif
 #if HWY_TARGETS & HWY_AVX2
     case Kernels::Avx2:
-      return hwy::SupportedTargets() & HWY_AVX2 ? &N_AVX2::kKernels : nullptr;
+      return hwy::SupportedTargets() & HWY_AVX2 ? &N_AVX2::kPainter : nullptr;
 #endif
 #if HWY_TARGETS & HWY_SSE4
     case Kernels::Sse4:
-      return hwy::SupportedTargets() & HWY_SSE4 ? &N_SSE4::kKernels : nullptr;
+      return hwy::SupportedTargets() & HWY_SSE4 ? &N_SSE4::kPainter : nullptr;
 #endif
     default:
       return nullptr;
   }
 }
-
-constexpr KernelSet kPortable{rasterFunction};
 
 }  // namespace
 
@@ -38,12 +36,11 @@ bool hasKernels(Kernels kernels) {
   return kernels == Kernels::Auto || kernels == Kernels::Portable || compiled(kernels) != nullptr;
 }
 
-const KernelSet& kernelSet(Kernels wanted) {
-  if (wanted == Kernels::Portable) return kPortable;
-  if (const KernelSet* exact = compiled(wanted)) return *exact;
-  for (const Kernels kernels : {Kernels::Avx512, Kernels::Avx2, Kernels::Sse4})
-    if (const KernelSet* best = compiled(kernels)) return *best;
-  return kPortable;
+KernelSet kernelSet(Kernels wanted) {
+  if (wanted == Kernels::Portable) return {paintFunction, portableGeometry()};
+  for (const Kernels kernels : {wanted, Kernels::Avx512, Kernels::Avx2, Kernels::Sse4})
+    if (const PainterFunction* painter = compiled(kernels)) return {*painter, *geometryKernels(kernels)};
+  return {paintFunction, portableGeometry()};
 }
 
 }  // namespace ql::software

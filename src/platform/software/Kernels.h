@@ -2,6 +2,7 @@
 /// The code that draws triangles, for the instruction sets of this machine. All of it draws the same bits.
 #pragma once
 
+#include "platform/software/Geometry.h"
 #include "platform/software/Raster.h"
 #include "platform/software/SoftwareBackEnd.h"
 
@@ -9,12 +10,16 @@
 
 namespace ql::software {
 
+/// Chooses the code that draws with a pipeline.
+using PainterFunction = PaintFunction (*)(const Pipeline&);
+
 struct KernelSet {
-  RasterFunction (*raster)(const Pipeline&);
+  PainterFunction painter;
+  GeometrySet geometry;
 };
 
 /// The code for an instruction set. What the machine doesn't have, or what was not compiled, is replaced by the best
 /// that is there.
-const KernelSet& kernelSet(Kernels wanted);
+KernelSet kernelSet(Kernels wanted);
 
 }  // namespace ql::software

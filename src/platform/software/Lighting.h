@@ -3,15 +3,12 @@
 #pragma once
 
 #include "platform/device/State.h"
-#include "platform/software/Block.h"
 
 #include <array>
 #include <cstdint>
 #include <vector>
 
 namespace ql::software {
-
-struct VertexBatch;
 
 /// Blue, green, red, alpha, as Channel counts them; 1 is full.
 using ColorValues = std::array<float, 4>;
@@ -48,20 +45,5 @@ struct Lighting {
 
 /// Decodes materials and lights. @param vertexDiffuse,vertexSpecular whether vertices bring these colours
 Lighting lightingOf(const device::State& state, bool vertexDiffuse, bool vertexSpecular);
-
-/// Colours of vertices in memory, 0 to 255; set where the lighting reads them.
-struct VertexColors {
-  Lanes<float> diffuse[4], specular[4];
-};
-
-/// Computes both colours of a batch, 0 to 255, channels as in records; a null one is not wanted.
-///
-///   diffuse  = emissive + ambient (global ambient + sum of lights' ambient · a) + diffuse sum of lights' diffuse · N·L
-///   · a specular = specular sum of lights' specular · (N·H) ^ power · a     where N·L > 0
-///
-/// a is a light's attenuation times its spot factor, 0 beyond its range; H lies half way between the directions to the
-/// light and to the viewer. Alpha is that of the diffuse and of the specular source.
-void light(const Lighting& lighting, const VertexBatch& batch, const VertexColors& colors, Lanes<float>* diffuse,
-           Lanes<float>* specular);
 
 }  // namespace ql::software

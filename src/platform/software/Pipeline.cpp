@@ -31,9 +31,9 @@ E enumerator(std::uint32_t value, E low, E high, E otherwise) {
                                                                                                : otherwise;
 }
 
-VertexLayout layoutOf(const device::DrawPacket& packet) {
+// All but the coordinates. @param end where they start
+VertexLayout layoutOf(std::uint32_t code, std::int32_t& end) {
   namespace fvf = device::fvf;
-  const std::uint32_t code = packet.vertexFormat;
   VertexLayout out;
   out.transformed = (code & fvf::kXyzRhw) != 0;
   std::int32_t offset = out.transformed ? 16 : 12;
@@ -49,6 +49,15 @@ VertexLayout layoutOf(const device::DrawPacket& packet) {
   word(fvf::kPointSize, out.pointSize);
   word(fvf::kDiffuse, out.diffuse);
   word(fvf::kSpecular, out.specular);
+  end = offset;
+  return out;
+}
+
+VertexLayout layoutOf(const device::DrawPacket& packet) {
+  namespace fvf = device::fvf;
+  const std::uint32_t code = packet.vertexFormat;
+  std::int32_t offset = 0;
+  VertexLayout out = layoutOf(code, offset);
   const std::uint32_t sets = (code & fvf::kTextureCountMask) >> fvf::kTextureCountShift;
   for (std::size_t stage = 0; stage < device::kStages; ++stage) {
     const std::uint32_t set = packet.state->stages[stage].texCoordIndex & 0xFFFF;
@@ -187,7 +196,7 @@ bool pairs(const std::array<std::uint8_t, 3>& args) {
 }
 
 // What pixel code of its own the first stage has.
-Texturing texturingOf(const Pipeline& p) {
+Texturing texturingOf(const Pipeline& p, FirstAlpha& firstAlpha) {
   if (p.stageCount == 0) return Texturing::None;
   Stage s = p.stages[0];
   if (!s.samples) return Texturing::General;
@@ -202,7 +211,14 @@ Texturing texturingOf(const Pipeline& p) {
   const bool color = selects(TextureArg::Texture, s.colorOp, s.colorArgs) || (white && modulatesColor);
   const bool alpha = selects(TextureArg::Texture, s.alphaOp, s.alphaArgs) || (white && modulatesAlpha);
   if (color && alpha) return Texturing::Replace;
-  return modulatesColor && modulatesAlpha ? Texturing::Modulate : Texturing::General;
+  if (!modulatesColor) return Texturing::General;
+  if (!modulatesAlpha && !selects(TextureArg::Texture, s.alphaOp, s.alphaArgs) &&
+      !selects(TextureArg::Current, s.alphaOp, s.alphaArgs))
+    return Texturing::General;
+  firstAlpha = modulatesAlpha                                         ? FirstAlpha::Multiply
+               : selects(TextureArg::Texture, s.alphaOp, s.alphaArgs) ? FirstAlpha::Texture
+                                                                      : FirstAlpha::Diffuse;
+  return Texturing::Modulate;
 }
 
 SecondStage secondOf(const Stage& s) {
@@ -223,8 +239,9 @@ SecondStage secondOf(const Stage& s) {
 }
 
 void chooseTexturing(Pipeline& p) {
-  const Texturing first = texturingOf(p);
-  if (!p.specularAdd && p.fog.source == FogSource::None && p.stageCount < 2) p.texturing = first;
+  const Texturing first = texturingOf(p, p.firstAlpha);
+  if (!p.specularAdd && p.fog.source == FogSource::None && p.stageCount < 2 && p.firstAlpha == FirstAlpha::Multiply)
+    p.texturing = first;
   p.second = p.stageCount == 2 ? secondOf(p.stages[1]) : SecondStage{};
   if (p.stageCount < 2 || p.second.active) p.firstTexturing = first;
 }
@@ -252,14 +269,13 @@ void placeAttributes(Pipeline& p) {
   for (int i = 0; i < p.stageCount; ++i) {
     const Stage& stage = p.stages[static_cast<std::size_t>(i)];
     // The first stage's current colour is the diffuse one.
-    diffuse |= i == 0 || reads(stage, TextureArg::Diffuse);
+    diffuse |= (i == 0 && p.firstTexturing != Texturing::Replace) || reads(stage, TextureArg::Diffuse);
     specular |= reads(stage, TextureArg::Specular);
     if (!stage.samples) continue;
     const auto at = static_cast<std::size_t>(i);
     place(a.uv[at], 2);
     if (p.coordinates[at].projected) place(a.divisor[at], 1);
   }
-  if (p.texturing == Texturing::Replace) diffuse = false;
   if (diffuse && p.hasDiffuse()) place(a.diffuse, 4);
   if (specular && p.hasSpecular()) place(a.specular, 4);
   if (p.fog.source == FogSource::Vertex) place(a.fog, 1);
@@ -323,14 +339,20 @@ void decodeBlend(Pipeline& p, const device::RenderStates& r) {
 
 }  // namespace
 
+std::int32_t diffuseOffset(std::uint32_t vertexFormat) {
+  std::int32_t end = 0;
+  return layoutOf(vertexFormat, end).diffuse;
+}
+
 Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
-                      const std::array<const Texture*, device::kStages>& textures) {
+                      const std::array<const Texture*, device::kStages>& textures, bool white) {
   using device::Compare;
   const device::State& state = *packet.state;
   const device::RenderStates& r = state.render;
   const math::Viewport& v = state.viewport;
   Pipeline p;
   p.layout = layoutOf(packet);
+  if (white && r.lighting == 0) p.layout.diffuse = -1;
   p.camera.view = math::multiply(state.world, state.view);
   p.clip = math::multiply(p.camera.view, state.projection);
   p.screen = screenOf(v, target, r.zBias, p.layout.transformed);

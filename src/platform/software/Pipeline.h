@@ -11,6 +11,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 namespace ql::software {
 
@@ -103,6 +104,8 @@ struct ScreenTransform {
 /// Pipelines that have pixel code of their own.
 enum class Texturing : std::uint8_t { General, None, Replace, Modulate };
 enum class Blending : std::uint8_t { General, Opaque, Alpha, Multiply };
+/// What vector code makes of alpha in a first stage that multiplies colours.
+enum class FirstAlpha : std::uint8_t { Multiply, Texture, Diffuse };
 /// What vector code does after the first stage: nothing, or a second one that multiplies by its texture, with what
 /// becomes of alpha.
 struct SecondStage {
@@ -114,9 +117,7 @@ struct SecondStage {
 
 struct Pipeline;
 struct Tile;
-struct Triangle;
-/// Draws a triangle into a tile.
-using RasterFunction = void (*)(const Pipeline&, const Triangle&, Tile&);
+struct TriangleRef;
 
 struct Pipeline {
   // Vertices
@@ -156,8 +157,10 @@ struct Pipeline {
   Blending blending = Blending::General;
   /// The same for vector code, where a second stage, adding specular colours and fog come on top.
   Texturing firstTexturing = Texturing::General;
+  FirstAlpha firstAlpha = FirstAlpha::Multiply;
   SecondStage second;
-  RasterFunction raster = nullptr;  ///< the code for it
+  /// The code for it. @see PaintFunction
+  void (*paint)(const Pipeline&, std::span<const TriangleRef>, const Box& area, Tile&) = nullptr;
 
   /// Whether vertices have these colours, their own or lit ones.
   bool hasDiffuse() const { return lighting.enabled || layout.diffuse >= 0; }
@@ -166,8 +169,12 @@ struct Pipeline {
   bool draws() const { return !scissor.empty(); }
 };
 
+/// The diffuse colour's place in a vertex, bytes; -1 when a format has none.
+std::int32_t diffuseOffset(std::uint32_t vertexFormat);
+
 /// Decodes the state of a packet for a target. @param textures the packet's textures, null where there is none
+/// @param white no vertex has another diffuse colour than white
 Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
-                      const std::array<const Texture*, device::kStages>& textures);
+                      const std::array<const Texture*, device::kStages>& textures, bool white = false);
 
 }  // namespace ql::software

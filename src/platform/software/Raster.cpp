@@ -50,24 +50,33 @@ void raster(const Pipeline& p, const Triangle& t, Tile& tile) {
     }
 }
 
+template <Texturing kTexturing, Blending kBlending>
+void paint(const Pipeline& p, std::span<const TriangleRef> triangles, const Box& area, Tile& tile) {
+  Triangle& t = tile.work.triangles[0];
+  for (const TriangleRef& r : triangles) {
+    setUp(p, r.v[0], r.v[1], r.v[2], tile.x, tile.y, area, t);
+    raster<kTexturing, kBlending>(p, t, tile);
+  }
+}
+
 template <Texturing kTexturing>
-RasterFunction chooseBlend(Blending blending) {
+PaintFunction chooseBlend(Blending blending) {
   switch (blending) {
     case Blending::Opaque:
-      return raster<kTexturing, Blending::Opaque>;
+      return paint<kTexturing, Blending::Opaque>;
     case Blending::Alpha:
-      return raster<kTexturing, Blending::Alpha>;
+      return paint<kTexturing, Blending::Alpha>;
     case Blending::Multiply:
-      return raster<kTexturing, Blending::Multiply>;
+      return paint<kTexturing, Blending::Multiply>;
     case Blending::General:
       break;
   }
-  return raster<kTexturing, Blending::General>;
+  return paint<kTexturing, Blending::General>;
 }
 
 }  // namespace
 
-RasterFunction rasterFunction(const Pipeline& p) {
+PaintFunction paintFunction(const Pipeline& p) {
   switch (p.texturing) {
     case Texturing::None:
       return chooseBlend<Texturing::None>(p.blending);

@@ -8,6 +8,6 @@
 namespace ql::software {
 
 /// The code for a pipeline: one of its own for common kinds, else the general one. All give the same bits.
-RasterFunction rasterFunction(const Pipeline& pipeline);
+PaintFunction paintFunction(const Pipeline& pipeline);
 
 }  // namespace ql::software

@@ -1,6 +1,7 @@
 #include "platform/software/SoftwareBackEnd.h"
 
 #include "platform/device/Resources.h"
+#include "platform/software/Buffer.h"
 #include "platform/software/Frame.h"
 
 #include <algorithm>
@@ -57,16 +58,14 @@ class SoftwareBackEnd final : public device::BackEnd {
 
   BufferId createBuffer(std::size_t bytes) override {
     const BufferId id{++lastId_};
-    buffers_[id] = std::make_shared<std::vector<std::byte>>(bytes);
+    buffers_.try_emplace(id, bytes);
     return id;
   }
   void destroyBuffer(BufferId buffer) override { buffers_.erase(buffer); }
   void uploadBuffer(BufferId id, std::size_t offset, std::span<const std::byte> bytes) override {
-    std::shared_ptr<std::vector<std::byte>>& buffer = buffers_.at(id);
-    if (buffer.use_count() > 1) buffer = std::make_shared<std::vector<std::byte>>(*buffer);
-    std::ranges::copy(bytes, buffer->begin() + static_cast<std::ptrdiff_t>(offset));
+    buffers_.at(id).upload(offset, bytes);
   }
-  std::vector<std::byte> readBuffer(BufferId id) override { return *buffers_.at(id); }
+  std::vector<std::byte> readBuffer(BufferId id) override { return *buffers_.at(id).bytes(); }
 
   void draw(const device::DrawPacket& packet) override;
   void clear(TargetId target, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,
@@ -106,13 +105,14 @@ class SoftwareBackEnd final : public device::BackEnd {
     if (pending_ != TargetId::None && targets_.at(pending_)->texture() == &texture) flush();
   }
   const Pipeline* pipelineFor(const device::DrawPacket& packet, const Target& target);
+  bool white(const device::DrawPacket& packet) const;
 
   device::Capabilities capabilities_;
   device::Statistics statistics_;
   std::uint32_t lastId_ = 0;
   std::unordered_map<TargetId, std::unique_ptr<Target>> targets_;
   std::unordered_map<TextureId, std::shared_ptr<Texture>> textures_;
-  std::unordered_map<BufferId, std::shared_ptr<std::vector<std::byte>>> buffers_;
+  std::unordered_map<BufferId, Buffer> buffers_;
   Frame frame_;
   TargetId pending_ = TargetId::None;
 
@@ -120,8 +120,17 @@ class SoftwareBackEnd final : public device::BackEnd {
   const Pipeline* pipeline_ = nullptr;
   std::uint64_t stateVersion_ = 0;
   std::uint32_t vertexFormat_ = 0;
+  bool white_ = false;
   std::array<std::shared_ptr<const TextureData>, device::kStages> pipelineTextures_;
 };
+
+// Whether all vertices are white, so that multiplying by their colours changes nothing.
+bool SoftwareBackEnd::white(const device::DrawPacket& packet) const {
+  const std::int32_t offset = diffuseOffset(packet.vertexFormat);
+  if (offset < 0 || packet.state->render.lighting != 0 || packet.vertexCount == 0) return false;
+  if (packet.buffer != BufferId::None) return buffers_.at(packet.buffer).white(packet, offset);
+  return allWhite(packet.vertices, packet.stride, offset, packet.vertexCount);
+}
 
 const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, const Target& target) {
   std::array<const Texture*, device::kStages> textures{};
@@ -135,12 +144,14 @@ const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, c
     textures[i] = at->second.get();
     data[i] = at->second->data();
   }
-  if (pipeline_ && stateVersion_ == packet.stateVersion && vertexFormat_ == packet.vertexFormat &&
+  const bool isWhite = white(packet);
+  if (pipeline_ && stateVersion_ == packet.stateVersion && vertexFormat_ == packet.vertexFormat && white_ == isWhite &&
       data == pipelineTextures_)
     return pipeline_;
   stateVersion_ = packet.stateVersion;
   vertexFormat_ = packet.vertexFormat;
-  pipeline_ = frame_.addPipeline(makePipeline(packet, target, textures));
+  white_ = isWhite;
+  pipeline_ = frame_.addPipeline(makePipeline(packet, target, textures, isWhite));
   pipelineTextures_ = std::move(data);
   return pipeline_;
 }
@@ -156,7 +167,7 @@ void SoftwareBackEnd::draw(const device::DrawPacket& packet) {
     if (packet.primitive >= device::PrimitiveType::TriangleList) statistics_.culled += packet.primitiveCount;
     return;
   }
-  frame_.draw(pipeline, packet, packet.buffer == BufferId::None ? nullptr : buffers_.at(packet.buffer));
+  frame_.draw(pipeline, packet, packet.buffer == BufferId::None ? nullptr : buffers_.at(packet.buffer).bytes());
 }
 
 void SoftwareBackEnd::clear(TargetId id, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,

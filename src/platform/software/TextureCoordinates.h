@@ -3,14 +3,10 @@
 #pragma once
 
 #include "platform/device/State.h"
-#include "platform/software/Block.h"
 
 #include <cstdint>
 
 namespace ql::software {
-
-struct Pipeline;
-struct VertexBatch;
 
 /// Where a stage's coordinates come from.
 struct CoordinateSource {
@@ -28,9 +24,5 @@ struct CoordinateSource {
 /// Decodes how a stage gets its coordinates. @param onScreen vertices that arrive transformed bring finished ones
 /// @param present whether they have the set that the stage names
 CoordinateSource coordinateSourceOf(const device::State& state, std::size_t stage, bool onScreen, bool present);
-
-/// Computes a stage's coordinates into the batch's attributes. A set's pairs are transformed as (u, v, 1, 0), so that
-/// the matrix's third row moves them; generated triples as (x, y, z, 1).
-void textureCoordinates(const Pipeline& pipeline, std::size_t stage, VertexBatch& batch);
 
 }  // namespace ql::software

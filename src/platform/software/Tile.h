@@ -2,6 +2,7 @@
 /// The tile that a thread is drawing.
 #pragma once
 
+#include "platform/software/Painting.h"
 #include "platform/software/Target.h"
 
 #include <array>
@@ -14,6 +15,7 @@ struct Tile {
   TileDepth* depth = nullptr;                                ///< the target's own
   std::int32_t x = 0, y = 0;                                 ///< of the first pixel in the target
   Box area;                                                  ///< the tile's pixels inside the target
+  Workspace work;                                            ///< of vector code
   std::uint64_t shaded = 0;                                  ///< pixels whose colour was computed, of all tiles so far
   std::uint64_t touched = 0;                                 ///< tiles so far that were drawn or cleared
 };

@@ -46,7 +46,7 @@ void setUp(const Pipeline& p, const float* v0, const float* v1, const float* v2,
   t.originY = static_cast<float>(y - recordY(v0)) * (1.0f / 256.0f);
   const float *a0 = v0 + kRecordHead, *a1 = v1 + kRecordHead, *a2 = v2 + kRecordHead;
   t.attributes = p.attributes.count;
-  // Records end at a multiple of four: what lies behind the last attribute is overwritten below.
+  // Records end at a multiple of four, with zeros behind the last attribute.
   for (std::int32_t first = 0; first < t.attributes; first += 4)
     for (std::int32_t i = first; i < first + 4; ++i) {
       const float d1 = a1[i] - a0[i], d2 = a2[i] - a0[i];
@@ -55,7 +55,7 @@ void setUp(const Pipeline& p, const float* v0, const float* v1, const float* v2,
       t.dy[i] = d2 * x10 - d1 * x20;
     }
   // Vectors go on to a multiple of their width: what they read there must not be slow to calculate with.
-  for (std::int32_t i = t.attributes; i % kAttributeStep != 0; ++i) t.value[i] = t.dx[i] = t.dy[i] = 0;
+  for (std::int32_t i = (t.attributes + 3) & ~3; i % kAttributeStep != 0; ++i) t.value[i] = t.dx[i] = t.dy[i] = 0;
   t.zMin = std::min({a0[kAttributeZ], a1[kAttributeZ], a2[kAttributeZ]});
   t.zMax = std::max({a0[kAttributeZ], a1[kAttributeZ], a2[kAttributeZ]});
 

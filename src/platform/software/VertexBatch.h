@@ -18,9 +18,6 @@ inline void dot(const Vectors& a, const Vectors& b, Lanes<float>& out) {
   for (int i = 0; i < kLanes; ++i) out[i] = a.x[i] * b.x[i] + a.y[i] * b.y[i] + a.z[i] * b.z[i];
 }
 
-/// Makes vectors one long; those of no length stay.
-void normalize(Vectors& v);
-
 /// Vertices on their way from memory to records. Every lane is computed on its own, with the same operations whatever
 /// stands in the others.
 struct VertexBatch {
@@ -35,12 +32,5 @@ struct VertexBatch {
   Lanes<float> attributes[kMaxAttributes];  ///< by their place in a record, not divided; the first two are unused
   Lanes<float> pointSize;                   ///< pixels
 };
-
-/// Colours of vertices in memory: blue, green, red, alpha, 0 to 255. @param offset of the colour in a vertex
-void loadColors(const VertexBatch& batch, std::int32_t offset, Lanes<float>* out);
-
-/// Reads and transforms up to kLanes vertices; count at least 1.
-void readBatch(const Pipeline& pipeline, const std::byte* source, std::size_t stride, std::size_t count,
-               VertexBatch& out);
 
 }  // namespace ql::software

@@ -28,18 +28,19 @@ struct ClipVertex {
   float pointSize = 1;
 };
 
+/// Nothing nearer to the eye's plane is drawn, whatever the projection says.
+inline constexpr float kSmallestW = 1e-8f;
+
 /// Signed distance from the plane of an outcode::kClip bit, in homogeneous units; negative outside.
 float planeDistance(const Pipeline& pipeline, const ClipVertex& v, std::uint32_t bit);
 
-/// Reads and transforms a vertex.
-ClipVertex readVertex(const Pipeline& pipeline, const std::byte* source);
-
-/// Writes the record of a vertex inside all clip planes.
-void writeRecord(const Pipeline& pipeline, const ClipVertex& v, float* record);
-
-/// Makes records of count vertices. Of those that must be clipped or dropped only the outcode means anything.
-void transformVertices(const Pipeline& pipeline, const std::byte* source, std::size_t stride, std::size_t count,
-                       float* records);
+/// Where vertices lie, beside their records: what culling and binning read.
+inline constexpr std::size_t kPlaces = 384;
+struct Places {
+  alignas(64) std::int32_t x[kPlaces];
+  alignas(64) std::int32_t y[kPlaces];
+  alignas(64) std::uint32_t outcode[kPlaces];
+};
 
 inline std::int32_t recordX(const float* record) { return std::bit_cast<std::int32_t>(record[kRecordX]); }
 inline std::int32_t recordY(const float* record) { return std::bit_cast<std::int32_t>(record[kRecordY]); }

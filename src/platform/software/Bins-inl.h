@@ -1,18 +1,45 @@
-#include "platform/software/Bins.h"
+/// @file
+/// From vertex records to lists of triangles per tile. @see Bins.h
+#if defined(QL_BINS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef QL_BINS_INL_H
+#undef QL_BINS_INL_H
+#else
+#define QL_BINS_INL_H
+#endif
 
+#include "platform/software/Bins.h"
 #include "platform/software/Clip.h"
 #include "platform/software/Numeric.h"
 #include "platform/software/Triangle.h"
+#include "platform/software/Vertices-inl.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace ql::software {
-namespace {
+HWY_BEFORE_NAMESPACE();
+namespace ql::software::HWY_NAMESPACE {
 
 class Binner {
  public:
   Binner(std::int32_t tilesX, Job& job) : tilesX_(tilesX), job_(job) {}
+
+  /// A part of a list of solid triangles: transforms its vertices, too.
+  void triangles(const Draw& draw, std::uint32_t first, std::uint32_t count) {
+    constexpr std::uint32_t kChunk = kPlaces / 3;
+    draw_ = &draw;
+    pipeline_ = draw.pipeline;
+    for (std::uint32_t done = 0; done < count; done += kChunk) {
+      const std::uint32_t vertex = (first - draw.first + done) * 3, some = std::min(kChunk, count - done);
+      transformVertices(*pipeline_, draw.vertex(vertex), draw.stride, std::size_t{some} * 3, draw.writable(vertex),
+                        &places_);
+      if (pipeline_->fill != device::FillMode::Solid) {
+        for (std::uint32_t i = 0; i < some; ++i) primitive(draw, first + done + i);
+        continue;
+      }
+      for (std::uint32_t i = 0; i < some; i += kLanes)
+        sixteen(first + done + i, i, std::min<std::uint32_t>(kLanes, some - i));
+    }
+  }
 
   void primitive(const Draw& draw, std::uint32_t number) {
     draw_ = &draw;
@@ -42,6 +69,51 @@ class Binner {
     return area == 0 || (pipeline_->cull == CullMode::Clockwise && area > 0) ||
            (pipeline_->cull == CullMode::CounterClockwise && area < 0);
   }
+
+  /// Most triangles are dropped or lie in one tile: those are found sixteen at a time.
+  void sixteen(std::uint32_t number, std::uint32_t at, std::uint32_t count) {
+    enum : std::int32_t { kDropped = -1, kOther = -2 };
+    Lanes<std::int32_t> tile;
+    const Box scissor = pipeline_->scissor;
+    const bool dropsPositive = pipeline_->cull == device::CullMode::Clockwise;
+    const bool dropsNegative = pipeline_->cull == device::CullMode::CounterClockwise;
+    for (int i = 0; i < kLanes; ++i) {
+      const std::size_t v = (at + static_cast<std::size_t>(i)) * 3;
+      const std::uint32_t c0 = places_.outcode[v], c1 = places_.outcode[v + 1], c2 = places_.outcode[v + 2];
+      const std::int32_t x0 = places_.x[v], x1 = places_.x[v + 1], x2 = places_.x[v + 2];
+      const std::int32_t y0 = places_.y[v], y1 = places_.y[v + 1], y2 = places_.y[v + 2];
+      const std::uint32_t any = c0 | c1 | c2;
+      const std::int32_t left = least(least(x0, x1), x2), right = most(most(x0, x1), x2);
+      const std::int32_t top = least(least(y0, y1), y2), bottom = most(most(y0, y1), y2);
+      // Of large ones the area may need more than 32 bits; with a clipped corner nothing holds.
+      const bool plain = ((right - left) | (bottom - top)) < 1 << 14 && !(any & outcode::kClip);
+      const std::int32_t area = plain ? (x1 - x0) * (y2 - y0) - (y1 - y0) * (x2 - x0) : 1;
+      const std::int32_t boxLeft = most((left + 255) >> 8, scissor.left),
+                         boxRight = least((right + 255) >> 8, scissor.right);
+      const std::int32_t boxTop = most((top + 255) >> 8, scissor.top),
+                         boxBottom = least((bottom + 255) >> 8, scissor.bottom);
+      const std::int32_t column = boxLeft / kTileSide, row = boxTop / kTileSide;
+      const bool nowhere = plain && (area == 0 || (dropsPositive && area > 0) || (dropsNegative && area < 0) ||
+                                     boxLeft >= boxRight || boxTop >= boxBottom);
+      const bool one = column == (boxRight - 1) / kTileSide && row == (boxBottom - 1) / kTileSide;
+      const bool dropped = (c0 & c1 & c2) != 0 || (any & outcode::kNotFinite) != 0 || nowhere;
+      tile[i] = dropped ? kDropped : plain && one ? row * tilesX_ + column : kOther;
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const std::int32_t where = tile[static_cast<int>(i)];
+      number_ = number + i;
+      if (where >= 0) {
+        job_.lists[static_cast<std::size_t>(where)].push_back(number_);
+        ++job_.drawn;
+      } else if (where == kOther) {
+        listed_ = false;
+        triangle(triangleOf(device::PrimitiveType::TriangleList, number_ - draw_->first));
+        job_.drawn += listed_;
+      }
+    }
+  }
+  static std::int32_t least(std::int32_t a, std::int32_t b) { return a < b ? a : b; }
+  static std::int32_t most(std::int32_t a, std::int32_t b) { return a > b ? a : b; }
 
   void triangle(const Corners& corners) {
     const float *v0 = draw_->record(corners.v[0]), *v1 = draw_->record(corners.v[1]), *v2 = draw_->record(corners.v[2]);
@@ -217,24 +289,31 @@ class Binner {
   const Draw* draw_ = nullptr;
   const Pipeline* pipeline_ = nullptr;
   std::uint32_t number_ = 0;
+  Places places_;
   bool listed_ = false;  ///< whether some tile has the triangle
 };
 
-}  // namespace
-
-void bin(std::span<const Draw> draws, std::int32_t tilesX, std::int32_t tilesY, Job& job) {
+inline void bin(std::span<const Draw> draws, std::int32_t tilesX, std::int32_t tilesY, Job& job) {
   job.lists.resize(static_cast<std::size_t>(tilesX * tilesY));
   for (std::vector<std::uint32_t>& list : job.lists) list.clear();
   job.extras.clear();
   job.records.clear();
   job.drawn = job.clipped = 0;
   Binner binner(tilesX, job);
-  std::size_t draw = job.firstDraw;
-  for (std::uint32_t i = 0; i < job.primitiveCount; ++i) {
-    const std::uint32_t number = job.firstPrimitive + i;
-    while (number - draws[draw].first >= draws[draw].count) ++draw;
-    binner.primitive(draws[draw], number);
+  std::uint32_t number = job.firstPrimitive;
+  const std::uint32_t end = number + job.primitiveCount;
+  for (std::size_t i = job.firstDraw; number != end; ++i) {
+    const Draw& draw = draws[i];
+    const std::uint32_t count = std::min(end, draw.first + draw.count) - number;
+    if (draw.transformsLater())
+      binner.triangles(draw, number, count);
+    else
+      for (std::uint32_t k = 0; k < count; ++k) binner.primitive(draw, number + k);
+    number += count;
   }
 }
 
-}  // namespace ql::software
+}  // namespace ql::software::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
