@@ -2,6 +2,7 @@
 
 #include "platform/host/ByteReader.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <utility>
@@ -208,7 +209,7 @@ ThreeDsSummary summarize(const ThreeDsFile& file) {
   for (const ThreeDsChunk& chunk : file.chunks) {
     const auto* text = std::get_if<std::string>(&chunk.payload);
     if (chunk.is(ThreeDsId::Object) && text) name = *text;
-    if (chunk.is(ThreeDsId::Mesh)) out.objects.push_back({name, {}, {}, 0, 0});
+    if (chunk.is(ThreeDsId::Mesh)) out.objects.push_back({name, {}, {}, 0, 0, 0});
     if (chunk.is(ThreeDsId::Material)) out.materials.emplace_back();
     if (chunk.is(ThreeDsId::FirstMap)) firstMap = true;
     if (chunk.is(ThreeDsId::SecondMap)) firstMap = false;
@@ -222,7 +223,12 @@ ThreeDsSummary summarize(const ThreeDsFile& file) {
     if (const auto* positions = std::get_if<std::vector<math::Vec3>>(&chunk.payload)) object.positions = *positions;
     if (const auto* coords = std::get_if<std::vector<std::array<float, 2>>>(&chunk.payload))
       object.texCoords = coords->size();
-    if (const auto* faces = std::get_if<std::vector<ThreeDsFace>>(&chunk.payload)) object.faces += faces->size();
+    if (const auto* faces = std::get_if<std::vector<ThreeDsFace>>(&chunk.payload)) {
+      object.faces += faces->size();
+      object.badFaces += static_cast<std::size_t>(std::count_if(faces->begin(), faces->end(), [&](const auto& face) {
+        return *std::max_element(face.corners.begin(), face.corners.end()) >= object.positions.size();
+      }));
+    }
   }
   return out;
 }

@@ -80,6 +80,7 @@ struct ThreeDsObject {
   std::string name, material;  ///< the last material that its faces name
   std::vector<math::Vec3> positions;
   std::size_t faces = 0, texCoords = 0;
+  std::size_t badFaces = 0;  ///< of faces: those that name a vertex that is not there
 };
 struct ThreeDsMaterial {
   std::string name, texture;  ///< texture: the first map's file

@@ -77,6 +77,56 @@ TEST(Inspect, AgreesWithIndependentReadersOfArchivesAndPictures) {
   EXPECT_GT(seen, 0);
 }
 
+TEST(Inspect, AgreesWithIndependentReadersOfMeshes) {
+  QL_NEED_SHARED_DATA();
+  int seen = 0;
+  for (const json& entry : manifest()) {
+    const std::string file = entry["file"], format = entry["format"];
+    if ((format != "3ds" && format != "x") || !entry["facts"].contains("assimp")) continue;
+    SCOPED_TRACE(file);
+    const json facts = entry["facts"], found = inspected(file);
+    ++seen;
+    EXPECT_TRUE(found["valid"].get<bool>()) << found.dump();
+    EXPECT_EQ(found["format"], format);
+    EXPECT_EQ(found["triangles"], format == "x" ? facts["assimp"]["Faces"] : facts["total_tris"]);
+    if (format == "x") {
+      EXPECT_EQ(found["objects"].size(), facts.value("n_Mesh", found["objects"].size()));
+      continue;
+    }
+    EXPECT_EQ(found["vertices"], facts["total_verts"]);
+    for (std::size_t i = 0; i < facts["meshes"].size(); ++i) {
+      const json &mesh = facts["meshes"][i], &object = found["objects"][i];
+      EXPECT_EQ(object["name"], mesh["name"]);
+      EXPECT_EQ(object["vertices"], mesh["verts"]);
+      EXPECT_EQ(object["triangles"], mesh["tris"]);
+      if (mesh.contains("materials")) {
+        EXPECT_EQ(object["material"], mesh["materials"].back());
+      }
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        EXPECT_LE(found["bounds"]["mins"][axis].get<double>(), mesh["bbox"][0][axis].get<double>() + 1e-3);
+        EXPECT_GE(found["bounds"]["maxs"][axis].get<double>(), mesh["bbox"][1][axis].get<double>() - 1e-3);
+      }
+    }
+  }
+  EXPECT_GE(seen, 16);
+}
+
+TEST(Inspect, TellsWhatMeshFilesHold) {
+  const json chunks = json::parse(runProgram(QL_INSPECT " " QL_TEST_DATA "/mesh-v8.qlo").output);
+  const json dump = json::parse(runProgram(QL_INSPECT " " QL_TEST_DATA "/mesh-v8.qlm").output);
+  EXPECT_EQ(chunks["format"], "qlof");
+  EXPECT_EQ(dump["format"], "qlmesh");
+  for (const json& found : {chunks, dump}) {
+    EXPECT_EQ(found["name"], "Kept");
+    EXPECT_EQ(found["vertices"], 7);
+    EXPECT_EQ(found["triangles"], 2);
+    EXPECT_EQ(found["bounds"]["maxs"], (json{2.0, 1.0, 1.0}));
+    ASSERT_EQ(found["objects"].size(), 2u);
+    EXPECT_EQ(found["objects"][1]["vertices"], 3);
+    EXPECT_EQ(found["objects"][1]["blending"], 2);
+  }
+}
+
 TEST(Inspect, ExitCodesTellWhatIsWrong) {
   const auto folder = std::filesystem::temp_directory_path() / "ql-inspect-test";
   std::filesystem::create_directories(folder);
@@ -99,6 +149,10 @@ TEST(Inspect, ExitCodesTellWhatIsWrong) {
       {"neither level nor archive nor picture", file("text", "nothing of the kind"), 4},
       {"level cut in its header", file("cut.bsp", std::string("IBSP\x2e\0\0\0", 8)), 4},
       {"archive whose directory is missing", file("cut.pak", "PACK"), 4},
+      {"mesh that is none", file("none.qlo", "QLOF"), 4},
+      {"X file cut", file("cut.x", "xof 0303txt 0032\nMesh { 3;"), 4},
+      {"3D Studio file cut", file("cut.3ds", std::string("MM\x20\0\0\0\x10\x41", 8)), 4},
+      {"DXE file cut", file("cut.dxe", "DXE\n1\n0\n"), 4},
       {"one good, one missing", quoted((folder / "none").string()) + " " + file("b.bmp", "BM"), 4},
   };
   for (const Case& c : cases) {

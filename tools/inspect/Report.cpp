@@ -1,5 +1,7 @@
 #include "Report.h"
 
+#include "MeshReport.h"
+#include "Validated.h"
 #include "archive/PakArchive.h"
 #include "level/EntityText.h"
 #include "level/Q3Bsp.h"
@@ -45,18 +47,6 @@ constexpr std::array<const char*, 5> kFaceTypes{"other", "polygon", "patch", "me
 
 bool startsWith(std::span<const std::byte> bytes, std::string_view identifier) {
   return bytes.size() >= identifier.size() && std::memcmp(bytes.data(), identifier.data(), identifier.size()) == 0;
-}
-
-/// Runs a reader and notes its fault, if any.
-template <class Read>
-void validated(Json& json, Read&& read) {
-  try {
-    read();
-    json["valid"] = true;
-  } catch (const host::FileFault& fault) {
-    json["valid"] = false;
-    json["fault"] = fault.what();
-  }
 }
 
 Json entityClasses(std::string_view text) {
@@ -105,12 +95,8 @@ Json levelReport(std::span<const std::byte> bytes, bool validate) {
     bsp = level::parseQ3Bsp(bytes);
     levelContents(json, bsp);
   };
-  if (!validate) {
-    read();
-    return json;
-  }
-  validated(json, read);
-  if (bsp.repairs.count > 0) json["repairs"] = {{"count", bsp.repairs.count}, {"first", bsp.repairs.first}};
+  validated(json, validate, read);
+  if (validate && bsp.repairs.count > 0) json["repairs"] = {{"count", bsp.repairs.count}, {"first", bsp.repairs.first}};
   return json;
 }
 
@@ -118,11 +104,7 @@ Json archiveReport(std::span<const std::byte> bytes, bool validate) {
   Json json{{"format", "pak"}};
   archive::PakDirectory directory;
   const auto read = [&] { directory = archive::parsePakDirectory(bytes); };
-  if (validate) {
-    validated(json, read);
-  } else {
-    read();
-  }
+  validated(json, validate, read);
   json["files"] = directory.fileCount;
   Json entries = Json::array();
   for (const archive::PakEntry& entry : directory.entries)
@@ -140,7 +122,7 @@ Json pictureReport(const std::string& name, std::span<const std::byte> bytes, bo
             {"bits_per_pixel", info.bitsPerPixel},
             {"levels", info.mipLevels},
             {"compressed", info.compressed}};
-  if (validate) validated(json, [&] { json["alpha"] = images::decode(bytes, name).hasAlpha; });
+  if (validate) validated(json, validate, [&] { json["alpha"] = images::decode(bytes, name).hasAlpha; });
   return json;
 }
 
@@ -149,6 +131,7 @@ Json pictureReport(const std::string& name, std::span<const std::byte> bytes, bo
 nlohmann::ordered_json report(const std::string& name, std::span<const std::byte> bytes, bool validate) {
   if (level::isQ3Bsp(bytes)) return levelReport(bytes, validate);
   if (startsWith(bytes, "PACK")) return archiveReport(bytes, validate);
+  if (isMesh(name, bytes)) return meshReport(bytes, validate);
   return pictureReport(name, bytes, validate);
 }
 

@@ -47,10 +47,13 @@ int inspect(const std::string& name, bool validate, bool quiet) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{"Prints the facts of levels, archives and pictures, one JSON object a file."};
+  CLI::App app{"Prints the facts of levels, meshes, archives and pictures, one JSON object a file."};
   std::vector<std::string> files;
   bool validate = false, quiet = false, verbose = false;
-  app.add_option("FILE", files, "Quake 3 levels, PAK archives, BMP, JPG, TGA, PNG and DDS pictures")->required();
+  app.add_option(
+         "FILE", files,
+         "Quake 3 levels; QLOF, QLMESH, 3DS, DXE and X meshes; PAK archives; BMP, JPG, TGA, PNG and DDS pictures")
+      ->required();
   app.add_flag("--validate", validate, "Read each file as the engine does, and say whether it would load");
   app.add_flag("--quiet", quiet, "No messages on standard error");
   app.add_flag("--verbose", verbose, "Name each file on standard error before it is read");
