@@ -15,7 +15,8 @@ namespace {
 constexpr std::int16_t kFirstGroup = 1;
 constexpr std::int16_t kStatedCount = 30;  // vertices that the group of a shape claims to have; files keep the number
 constexpr math::Vec3 kShapeScale{4, 4, 4};
-constexpr float kTextDeviation = 1, kTextDepth = 40;  // letters have 100 units per em
+constexpr float kTextDeviation = 1;  // thousandths of an em
+constexpr float kTextDepth = 40;     // where letters have 100 units per em
 
 void become(engine::EngineContext& context, const MeshHandle& mesh, std::shared_ptr<utility::SubsetMesh> shape) {
   MeshRecord& record = meshRecord(context, mesh.slot);

@@ -118,7 +118,7 @@ std::shared_ptr<SubsetMesh> createText(const fonts::FontRequest& font, std::stri
     previous = character;
     if (endsLine) pen = {0, pen.y - static_cast<float>(face.lineHeight())};
     if (character == U'\r' || character == U'\n') continue;
-    solid.add(areaInside(face.outline(character, deviation)), pen);
+    solid.add(areaInside(face.outline(character, deviation * kTextEm / 1000)), pen);
     pen.x += static_cast<float>(face.render(character).advance);
   }
   if (solid.empty()) invalidCall("text: nothing to show");

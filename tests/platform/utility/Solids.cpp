@@ -137,8 +137,8 @@ TEST(Solids, LettersAreClosed) {
       EXPECT_EQ(box.maximum.z, 0);
     }
   // A finer outline encloses the same, nearly.
-  const double coarse = examine(*createText({}, "Og", 1, 40)).volume;
-  const double fine = examine(*createText({}, "Og", 0.05f, 40)).volume;
+  const double coarse = examine(*createText({}, "Og", 10, 40)).volume;
+  const double fine = examine(*createText({}, "Og", 0.5f, 40)).volume;
   EXPECT_NEAR(coarse / fine, 1, 0.05);
 }
 
