@@ -144,6 +144,23 @@ class QUASARLENS3D_API InternalObjects8 : public Detail::Handle<Detail::Internal
   /// Replaces the tick counter that all timing and movement follows, for tests and replays.
   /// @param Ticks returns milliseconds, never less than before; it may wrap. Empty: the system's counter again
   void SetClock(std::function<std::uint32_t()> Ticks);
+  /// Records what the user does from now on: keyboard, mouse, controllers, the clock and the window's size, each as the
+  /// engine reads it, until StopSession or the engine's end. A session in progress is ended first. The same program
+  /// does the same again when it replays the file.
+  /// @param FileName is replaced when it exists. Frames are on disk as soon as they are shown
+  /// @param Note a text of the host's own that SessionNote gives back, up to 65536 bytes
+  /// @return False, with a line in the log, when the file cannot be written
+  Boolean StartRecording(const std::string& FileName, const std::string& Note = "");
+  /// Replays a recorded session from now on, instead of what the user does: the input engine and the clock follow the
+  /// file, and so does the size of the engine's own window. A session in progress is ended first.
+  /// @return False, with a line in the log, when the file cannot be read or is damaged
+  Boolean StartReplay(const std::string& FileName);
+  /// Whether all frames of the replay were shown. After them keys stay as they are; False without a replay.
+  Boolean ReplayEnded() const;
+  /// The text that the session being replayed was recorded with; empty without one.
+  std::string SessionNote() const;
+  /// Ends recording or replay. @return whether the file is whole; False when there is no session
+  Boolean StopSession();
   /// Records every call of the rendering device from now on in a trace file, which `ql-trace` shows, compares and draws
   /// again on any device. The trace starts with all textures, vertices and states that the device has already, but
   /// knows nothing of a frame in progress: start before Quasarlens8.Initialize or between frames. It goes on over new

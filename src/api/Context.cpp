@@ -2,7 +2,9 @@
 
 #include "api/Objects.h"
 #include "engine/Engine.h"
+#include "input/InputState.h"
 #include "mesh/MeshDraw.h"
+#include "platform/input/OpenMachine.h"
 #include "platform/opengl/OpenGLBackEnd.h"
 #include "platform/software/SoftwareBackEnd.h"
 #include "platform/window/OpenDisplay.h"
@@ -16,6 +18,7 @@ namespace {
 
 struct Process {
   std::shared_ptr<device::Display> display;
+  std::shared_ptr<input::Machine> inputDevices;
   std::shared_ptr<engine::EngineContext> current;
   bool engineStarted = false;  ///< in the current context
 };
@@ -29,6 +32,7 @@ Process& process() {
 engine::Platform machine() {
   Process& self = process();
   if (!self.display) self.display = window::openDisplay();
+  if (!self.inputDevices) self.inputDevices = input::openMachine();
   engine::Platform platform;
   platform.display = self.display;
   platform.backEnds[device::DeviceType::Hardware] = opengl::createBackEnd;
@@ -41,6 +45,7 @@ engine::Platform machine() {
 std::shared_ptr<engine::EngineContext> makeContext() {
   auto made = std::make_shared<engine::EngineContext>(machine());
   engine::EngineContext& context = *made;
+  input::startInput(context, process().inputDevices);
   render::startSubsystems(context);
   mesh::startMeshes(context);
   render::scene::startScenes(context);

@@ -3,6 +3,7 @@
 #include "api/Textures.h"
 #include "engine/Stages.h"
 #include "engine/Tracing.h"
+#include "input/Sessions.h"
 #include "platform/device/Device.h"
 #include "platform/host/Clock.h"
 
@@ -110,8 +111,24 @@ FrameStatistics InternalObjects8::GetFrameStatistics() const {
 }
 void InternalObjects8::SetClock(std::function<std::uint32_t()> Ticks) {
   call(*this, [&](InternalsObject& self) {
-    self.context->platform.ticks = Ticks ? std::move(Ticks) : host::TickSource(host::systemTicks);
+    input::setClock(*self.context, Ticks ? std::move(Ticks) : host::TickSource(host::systemTicks));
   });
+}
+Boolean InternalObjects8::StartRecording(const std::string& FileName, const std::string& Note) {
+  return call(*this,
+              [&](InternalsObject& self) { return Boolean(input::startRecording(*self.context, FileName, Note)); });
+}
+Boolean InternalObjects8::StartReplay(const std::string& FileName) {
+  return call(*this, [&](InternalsObject& self) { return Boolean(input::startReplay(*self.context, FileName)); });
+}
+Boolean InternalObjects8::ReplayEnded() const {
+  return call(*this, [](InternalsObject& self) { return Boolean(input::replayEnded(*self.context)); });
+}
+std::string InternalObjects8::SessionNote() const {
+  return call(*this, [](InternalsObject& self) { return input::sessionNote(*self.context); });
+}
+Boolean InternalObjects8::StopSession() {
+  return call(*this, [](InternalsObject& self) { return Boolean(input::stopSession(*self.context)); });
 }
 Boolean InternalObjects8::StartTrace(const std::string& FileName) {
   return call(*this, [&](InternalsObject& self) { return Boolean(engine::startTrace(*self.context, FileName)); });

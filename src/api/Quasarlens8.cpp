@@ -1,5 +1,7 @@
 #include "api/Guard.h"
+#include "api/InputObjects.h"
 #include "engine/Engine.h"
+#include "input/InputState.h"
 
 #include <Quasarlens3D/Quasarlens8.h>
 
@@ -73,6 +75,7 @@ void Quasarlens8::Clear() {
 }
 void Quasarlens8::RenderToScreen() {
   call(*this, [](EngineObject& self) { engine::renderToScreen(*self.context); });
+  api::raiseControllerChanges();
 }
 float Quasarlens8::GetFPS() const {
   return call(*this, [](EngineObject& self) { return self.context->framesPerSecond; });
@@ -84,7 +87,15 @@ std::int32_t Quasarlens8::TickCount() const {
   return call(*this, [](EngineObject& self) { return static_cast<std::int32_t>(self.context->ticks()); });
 }
 void Quasarlens8::Pause(std::int32_t milliseconds) {
-  call(*this, [&](EngineObject& self) { engine::pauseUntil(*self.context, milliseconds); });
+  const auto pump = [&](EngineObject& self) {
+    const bool reached = engine::pauseStep(*self.context, milliseconds);
+    input::pumpedMessages(*self.context);
+    return reached;
+  };
+  for (bool reached = false; !reached;) {
+    reached = call(*this, pump);
+    api::raiseControllerChanges();
+  }
 }
 void Quasarlens8::ScreenShot(const std::string& file) {
   call(*this, [&](EngineObject& self) { engine::screenShot(*self.context, file); });

@@ -78,14 +78,15 @@ void renderToScreen(EngineContext& context) {
 
 void start2D(EngineContext& context) { switchFog(context, false); }
 
-void pauseUntil(EngineContext& context, std::int32_t tick) {
-  const auto reached = [&] {
-    return tick == 0 || static_cast<std::int32_t>(context.ticks() - static_cast<std::uint32_t>(tick)) > 0;
-  };
+bool pauseStep(EngineContext& context, std::int32_t tick) {
   context.platform.display->pump();
-  while (!reached()) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    context.platform.display->pump();
+  if (tick == 0 || static_cast<std::int32_t>(context.ticks() - static_cast<std::uint32_t>(tick)) > 0) return true;
+  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  return false;
+}
+
+void pauseUntil(EngineContext& context, std::int32_t tick) {
+  while (!pauseStep(context, tick)) {
   }
 }
 

@@ -129,7 +129,7 @@ bool Controller::isConnected() const {
   return attachment() != nullptr;
 }
 
-std::vector<const EffectEntry*> Controller::effects(std::int32_t type) const {
+std::vector<const EffectEntry*> Controller::effectsOf(std::int32_t type) const {
   std::vector<const EffectEntry*> found;
   if (!motors_) return found;
   for (const EffectEntry& effect : effectTable())
@@ -143,6 +143,20 @@ std::shared_ptr<PlayedEffect> Controller::createEffect(const std::string& guid, 
   if (entry == nullptr || !motors_)
     throw deviceError(kDeviceNotRegistered, "the controller has no effect with the number " + guid);
   return std::make_shared<PlayedEffect>(motors_, *entry, effect);
+}
+
+std::shared_ptr<PlayedEffect> Controller::createCustomEffect(Effect effect, std::int32_t channels,
+                                                             std::int32_t samplePeriod, std::int32_t samples,
+                                                             std::span<const std::int32_t> data) {
+  if (channels < 1 || channels > 2)
+    throw engine::EngineError(engine::kInvalidArgument, "no number of channels: " + std::to_string(channels));
+  const std::int64_t wanted = std::int64_t{channels} * std::max(samples, 0);
+  if (wanted > static_cast<std::int64_t>(data.size()))
+    throw engine::EngineError(engine::kSubscript, "there are fewer samples than " + std::to_string(wanted));
+  effect.channels = channels;
+  effect.samplePeriod = samplePeriod;
+  effect.samples.assign(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(wanted));
+  return createEffect("GUID_CustomForce", effect);
 }
 
 void Controller::command(std::int32_t command) {

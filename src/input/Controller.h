@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,8 @@ class Controller {
   const ControllerInfo& info() const { return *info_; }
   /// The device type's number: 20 joystick, 21 gamepad, 22 wheel, 23 flight stick, 28 other.
   std::int32_t type() const;
+  /// 4 joystick, 5 gamepad.
+  std::int16_t usage() const { return info_->kind == ControllerKind::Gamepad ? 5 : 4; }
   bool inUse() const { return inUse_; }
 
   /// Opens the device and sets its dead zones and ranges. @throws EngineError 5 for an impossible level, with the
@@ -57,9 +60,14 @@ class Controller {
   const std::array<bool, kMostAxes>& axes() const { return axesPresent_; }
 
   /// The effects that the open device can play. @param type one of the filters
-  std::vector<const EffectEntry*> effects(std::int32_t type) const;
+  std::vector<const EffectEntry*> effectsOf(std::int32_t type) const;
   /// Nothing when the device is not open. @throws EngineError with the device's code when it has no such effect
   std::shared_ptr<PlayedEffect> createEffect(const std::string& guid, const Effect& effect);
+  /// As createEffect, with forces of the host's. @param samplePeriod microseconds @param samples of each channel
+  /// @throws EngineError 5 for other channels than 1 or 2, 9 when there is less data
+  std::shared_ptr<PlayedEffect> createCustomEffect(Effect effect, std::int32_t channels, std::int32_t samplePeriod,
+                                                   std::int32_t samples, std::span<const std::int32_t> data);
+  /// Nothing when the device is not open. @throws EngineError 5 for a command that does not exist
   void command(std::int32_t command);
   std::int32_t motorsState() const;
 

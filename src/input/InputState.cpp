@@ -39,6 +39,7 @@ void startInput(engine::EngineContext& context, std::shared_ptr<Machine> machine
   context.frameSteps.add(engine::FrameStage::Input, [&context] { endFrame(context); });
   context.releaseSteps.add(engine::ReleaseStage::Materials, [&context] {
     stopSession(context);
+    context.get<InputState>().machine->grabMouse(false);
     context.get<InputState>().ready = false;
   });
 }
