@@ -3,6 +3,7 @@
 #ifndef QUASARLENS3D_BSPTREE8_H
 #define QUASARLENS3D_BSPTREE8_H
 
+#include <Quasarlens3D/CollisionResult8.h>
 #include <Quasarlens3D/Export.h>
 #include <Quasarlens3D/Handle.h>
 #include <Quasarlens3D/Mesh8.h>
@@ -81,6 +82,11 @@ class QUASARLENS3D_API BSPTree8 : public Detail::Handle<Detail::LevelObject> {
   /// radius with the square root of the distance from each plane, so that the sphere reaches farther than it looks.
   /// @param Reserved1 1: solid leaves of a Quake 3 level count as nothing
   Boolean DetectSphereCollision(const Vec3& Position, float SphereRadius = 1, std::int16_t Reserved1 = 0);
+  /// A sphere that moves: the nearest face within SphereRadius on the way from SpherePos towards NewSpherePosition,
+  /// among those of the leaves that DetectSphereCollision reaches at the new position, as the last hit. A sphere that
+  /// reaches a solid leaf, but no face, collides with point and normal (0, 0, 0). On a Half-Life level no faces are
+  /// looked at.
+  CollisionResult8 AdvancedSphereCollision(const Vec3& SpherePos, const Vec3& NewSpherePosition, float SphereRadius);
   /// Whether a segment reaches no solid leaf. @param Start,LEnd coordinates of the level's file, not of the world
   /// @param NodeID the node of the tree to start from; 0 is the root @throws Error 9 when there is no such node
   Boolean LineSight(const Vec3& Start, const Vec3& LEnd, std::int32_t NodeID = 0) const;

@@ -1,3 +1,4 @@
+#include "api/Collisions.h"
 #include "api/Guard.h"
 #include "api/Numbers.h"
 
@@ -25,6 +26,15 @@ void BSPTree8::Load(ByRef<std::string> Filename, Boolean LoadLightMaps, Boolean 
                                 .createMipmaps = CreateMipmaps});
   });
 }
+void BSPTree8::OpenPackWAD(const std::string& WadFilename) {
+  call(*this, [&](LevelObject& self) { self.level.openPackage(WadFilename); });
+}
+void BSPTree8::ClosePackWAD() {
+  call(*this, [](LevelObject& self) { self.level.closePackages(); });
+}
+void BSPTree8::SetCopyTexturesFolder(Boolean OnOff, const std::string& pathname, Boolean TextureNumber) {
+  call(*this, [&](LevelObject& self) { self.level.copyTexturesTo(OnOff ? pathname : "", TextureNumber); });
+}
 void BSPTree8::Render() {
   call(*this, [](LevelObject& self) { self.level.render(); });
 }
@@ -47,6 +57,12 @@ Boolean BSPTree8::DetectCollision(const Vec3& StartPos1, const Vec3& EndPos1) {
 Boolean BSPTree8::DetectSphereCollision(const Vec3& Position, float SphereRadius, std::int16_t Reserved1) {
   return call(*this, [&](LevelObject& self) {
     return Boolean(self.level.detectSphereCollision(Position, SphereRadius, Reserved1));
+  });
+}
+CollisionResult8 BSPTree8::AdvancedSphereCollision(const Vec3& SpherePos, const Vec3& NewSpherePosition,
+                                                   float SphereRadius) {
+  return call(*this, [&](LevelObject& self) {
+    return api::wrap(self.level.moveSphere(SpherePos, NewSpherePosition, SphereRadius));
   });
 }
 Boolean BSPTree8::LineSight(const Vec3& Start, const Vec3& LEnd, std::int32_t NodeID) const {

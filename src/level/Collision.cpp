@@ -116,7 +116,7 @@ void descendSphere(const LevelData& level, const math::Vec3& position, float rad
 
 std::array<math::Vec3, 3> triangleCorners(const LevelData& level, const FaceRecord& face, std::uint32_t triangle) {
   const std::size_t first = face.firstVertex;
-  if (level.facesAreFans)
+  if (level.isHalfLife)
     return {level.positions[first], level.positions[first + triangle + 1], level.positions[first + triangle + 2]};
   const std::size_t at = first + std::size_t{triangle} * 3;
   return {level.positions[at], level.positions[at + 1], level.positions[at + 2]};

@@ -7,7 +7,6 @@
 #include "platform/host/Files.h"
 #include "render/TextureTable.h"
 
-#include <cstring>
 #include <numbers>
 #include <utility>
 
@@ -27,18 +26,16 @@ std::vector<std::byte> readLevelFile(engine::EngineContext& context, std::string
   return host::readFile(fileName);
 }
 
-void loadByKind(LevelState& level, std::string& fileName) {
+void loadByKind(LevelState& level, std::string& fileName, const LoadOptions& options) {
   std::vector<std::byte> file = readLevelFile(level.context, fileName);
   if (isQ3Bsp(file)) {
     level.context.log.write(" QUAKE 3 MAP .");
     loadQuake3(level, std::move(file));
     return;
   }
-  std::uint32_t identifier = 0;
   if (file.size() < kIdentifierSize)
     throw host::FileFault(host::Fault::Truncated, "level identifier", 0, kIdentifierSize, file.size());
-  std::memcpy(&identifier, file.data(), sizeof identifier);
-  throw host::FileFault(host::Fault::Unsupported, "level file", 0, identifier);
+  loadHalfLife(level, std::move(file), options);
 }
 
 }  // namespace
@@ -73,7 +70,7 @@ void Level::load(std::string& fileName, const LoadOptions& options) {
     log.write(line);
   impl_->createMipmaps = options.createMipmaps;
   try {
-    loadByKind(*impl_, fileName);
+    loadByKind(*impl_, fileName, options);
   } catch (...) {
     const engine::EngineError error = engine::currentError();
     log.write(std::string("BSP TREE : Error during loading : ") + error.what() + ' ' + std::to_string(error.number));
@@ -82,9 +79,19 @@ void Level::load(std::string& fileName, const LoadOptions& options) {
   impl_->context.get<ql::render::TextureTable>().pictures.clear();
 }
 
+void Level::openPackage(const std::string& fileName) { impl_->packages.push_back(fileName); }
+void Level::closePackages() { impl_->packages.clear(); }
+void Level::copyTexturesTo(const std::string& folder, bool numbered) {
+  impl_->copyTexturesFolder = folder;
+  impl_->copyTexturesNumbered = numbered;
+}
+
 void Level::render() {
   impl_->context.requireDevice();
-  if (impl_->kind == LevelKind::Quake3) renderQuake3(*impl_);
+  if (impl_->kind == LevelKind::Quake3)
+    renderQuake3(*impl_);
+  else
+    renderHalfLife(*impl_);
 }
 
 void Level::setParameters(bool useLightMaps, bool usePvsInfo, std::int32_t culling, bool displaySky) {

@@ -28,6 +28,11 @@ class Level : public engine::HitTarget {
 
   /// Reads a level file. Errors end the load with a log line; what was read until then is kept.
   void load(std::string& fileName, const LoadOptions& options);
+  /// Opens a texture package for the loads to come; the file is read then. The one opened last is looked into first.
+  void openPackage(const std::string& fileName);
+  void closePackages();
+  /// Where loads copy the level's textures to as bitmaps; empty: nowhere. @param numbered names them by their numbers
+  void copyTexturesTo(const std::string& folder, bool numbered);
   /// Draws what the camera may see.
   void render();
   /// @param culling a cull mode of the device: 1 none, 2 clockwise, 3 counter-clockwise

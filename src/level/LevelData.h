@@ -6,6 +6,8 @@
 #include "math/Vector.h"
 #include "platform/device/Resources.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -41,6 +43,26 @@ struct LeafSphere {
   float radius = 0;
 };
 
+/// How an entity's faces are drawn; the numbers are those of level files.
+enum class RenderMode : std::uint8_t { Normal = 0, Color = 1, Texture = 2, Glow = 3, Solid = 4, Additive = 5 };
+/// How a face of a Half-Life level looks beside its texture and light.
+struct FaceLook {
+  RenderMode mode = RenderMode::Normal;
+  std::uint8_t amount = 255;  ///< how opaque translucent modes are
+  std::uint32_t color = 0;    ///< packed RGB, of the mode Color
+  bool sky = false;           ///< not drawn: the sky shows
+  bool hidden = false;        ///< belongs to something that is never seen
+  bool cutOut = false;        ///< its texture has holes
+
+  /// Whether it is drawn after all that is solid, over it.
+  bool translucent() const { return mode != RenderMode::Normal && mode != RenderMode::Solid; }
+};
+/// A part of the level that an entity places: a door, a fence, a window.
+struct BrushModel {
+  std::size_t firstFace = 0, faceCount = 0;
+  LeafSphere sphere;  ///< around it, where its entity places it
+};
+
 struct LevelTexture {
   std::string name;                          ///< as the file has it, without an ending
   std::int32_t shaderSlot = -1;              ///< -1: an image file
@@ -63,7 +85,15 @@ struct LevelData {
   std::vector<Q3Node> nodes;
   std::vector<Q3Model> models;
   std::vector<math::Vec3> positions;  ///< of the vertex buffer
-  bool facesAreFans = false;          ///< faces' vertices are fans, else lists of triangles
+
+  // Half-Life levels only.
+  bool isHalfLife = false;                         ///< then faces' vertices are fans, else lists of triangles
+  std::vector<FaceLook> looks;                     ///< by face
+  std::vector<BrushModel> brushModels;             ///< all but the world
+  std::vector<std::byte> packedVisibility;         ///< rows of bits, their zeros packed
+  std::vector<std::int32_t> visibilityOffsets;     ///< by leaf, where its row starts; -1: everything may be seen
+  std::int32_t triggerTexture = -1;                ///< the one that brush models' triggers have
+  std::shared_ptr<device::Texture> whiteLightmap;  ///< of faces without light of their own
 };
 
 }  // namespace ql::level

@@ -10,9 +10,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace ql::level {
+
+struct LoadOptions;
 
 enum class LevelKind : std::uint8_t { HalfLife = 0, Quake3 = 1 };
 
@@ -31,6 +34,10 @@ struct LevelState {
   bool useLightMaps = true, usePvsInfo = true, displaySky = false;
   std::uint32_t culling = 1;
   std::int16_t curvePrecision = 0;
+
+  std::vector<std::string> packages;  ///< texture packages that are open, in the order of opening
+  std::string copyTexturesFolder;     ///< empty: textures are not copied
+  bool copyTexturesNumbered = false;  ///< copies are named by the textures' numbers
 };
 
 /// Turns the file's z-up space into the engine's y-up, left-handed one: with x negated, a file point (x, y, z) lands at
@@ -40,5 +47,7 @@ math::Mat4 levelRotation();
 /// Loads a level of this kind from its file's bytes, which are freed as soon as they are not needed any more.
 void loadQuake3(LevelState& level, std::vector<std::byte> file);
 void renderQuake3(LevelState& level);
+void loadHalfLife(LevelState& level, std::vector<std::byte> file, const LoadOptions& options);
+void renderHalfLife(LevelState& level);
 
 }  // namespace ql::level

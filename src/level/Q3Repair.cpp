@@ -204,6 +204,7 @@ class Repairer {
   /// Walks the tree from its root; a child that was reached before would make a circle and is cut off.
   void nodes() {
     std::vector<Q3Node>& nodes = level_.nodes;
+    if (level_.planes.empty()) nodes.clear();
     if (nodes.empty()) return;
     std::vector<bool> reached(nodes.size(), false);
     std::vector<std::size_t> open{0};

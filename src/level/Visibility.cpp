@@ -19,6 +19,29 @@ bool sphereVisible(const LeafSphere& sphere, const View& view) {
   });
 }
 
+/// Faces of the box included. @param at file coordinates
+bool boxHolds(const Leaf& leaf, const std::array<float, 3>& at) {
+  for (std::size_t axis = 0; axis < 3; ++axis)
+    if (!(static_cast<float>(leaf.mins[axis]) <= at[axis] && at[axis] <= static_cast<float>(leaf.maxs[axis])))
+      return false;
+  return true;
+}
+
+/// Whether a leaf's box has a corner on the inner side of each plane of the frustum.
+bool boxVisible(const Leaf& leaf, const View& view) {
+  std::array<math::Vec3, 8> corners;
+  for (std::size_t i = 0; i < corners.size(); ++i) {
+    const auto at = [&](std::size_t axis) {
+      return static_cast<float>((i >> axis & 1) != 0 ? leaf.maxs[axis] : leaf.mins[axis]);
+    };
+    corners[i] = math::transformPoint({-at(0), at(1), at(2)}, view.world);
+  }
+  return std::all_of(view.frustum.begin(), view.frustum.end(), [&](const math::Plane& plane) {
+    return std::any_of(corners.begin(), corners.end(),
+                       [&](const math::Vec3& corner) { return math::distance(plane, corner) >= 0; });
+  });
+}
+
 /// Rearranges low..high around its middle key and returns the two parts that are left to sort: low..j and i..high.
 std::pair<std::ptrdiff_t, std::ptrdiff_t> partition(std::vector<VisibleFace>& faces, std::ptrdiff_t low,
                                                     std::ptrdiff_t high) {
@@ -41,15 +64,45 @@ math::Vec3 toLevelSpace(const math::Vec3& point, const math::Mat4& m) {
           p.x * m.m31 + p.y * m.m32 + p.z * m.m33};
 }
 
+std::int32_t findLeaf(const LevelData& level, const math::Mat4& levelMatrix, const math::Vec3& point) {
+  const math::Vec3 local = toLevelSpace(point, levelMatrix);
+  const math::Vec3 p{-local.x, local.y, local.z};
+  if (level.nodes.empty()) return -1;
+  std::int32_t child = 0;
+  while (child >= 0) {
+    const Q3Node& node = level.nodes[static_cast<std::size_t>(child)];
+    const Q3Plane& plane = level.planes[static_cast<std::size_t>(node.plane)];
+    const float distance = math::dot({plane.normal[0], plane.normal[1], plane.normal[2]}, p) - plane.distance;
+    child = node.children[distance >= 0 ? 0 : 1];
+  }
+  if (child == kNoChild) return -1;
+  return boxHolds(level.leaves[static_cast<std::size_t>(~child)], {p.x, p.y, p.z}) ? ~child : -1;
+}
+
+std::vector<std::uint8_t> unpackVisibility(const LevelData& level, std::int32_t leaf) {
+  const std::int32_t offset = level.visibilityOffsets[static_cast<std::size_t>(leaf)];
+  if (offset < 0) return {};
+  const std::vector<std::byte>& packed = level.packedVisibility;
+  std::vector<std::uint8_t> visible(level.leaves.size() - 1, 0);
+  std::size_t at = static_cast<std::size_t>(offset);
+  for (std::size_t next = 0; next < visible.size() && at < packed.size();) {
+    const auto bits = std::to_integer<unsigned>(packed[at++]);
+    if (bits == 0) {
+      if (at < packed.size()) next += 8 * std::to_integer<std::size_t>(packed[at++]);
+      continue;
+    }
+    for (std::size_t bit = 0; bit < 8 && next + bit < visible.size(); ++bit)
+      visible[next + bit] = static_cast<std::uint8_t>(bits >> bit & 1);
+    next += 8;
+  }
+  return visible;
+}
+
 std::int32_t findCluster(const LevelData& level, const math::Mat4& levelMatrix, const math::Vec3& point) {
   const math::Vec3 p = toLevelSpace(point, levelMatrix);
   const std::array<float, 3> at{-p.x, p.y, p.z};
   for (std::size_t i = 1; i < level.leaves.size(); ++i) {
-    const Leaf& leaf = level.leaves[i];
-    bool inside = true;
-    for (std::size_t axis = 0; inside && axis < 3; ++axis)
-      inside = static_cast<float>(leaf.mins[axis]) <= at[axis] && at[axis] <= static_cast<float>(leaf.maxs[axis]);
-    if (inside) return leaf.cluster;
+    if (boxHolds(level.leaves[i], at)) return level.leaves[i].cluster;
   }
   return 0;
 }
@@ -110,9 +163,14 @@ void VisibleFaces::update(const LevelData& level, const View& view) {
 /// Notes the camera's place; true when it is in another cluster than before, whose row is then decoded.
 bool VisibleFaces::enterCluster(const LevelData& level, const View& view) {
   lastPosition_ = view.position;
-  const std::int32_t found = findCluster(level, view.levelMatrix, view.position);
+  const std::int32_t found = level.isHalfLife ? findLeaf(level, view.levelMatrix, view.position)
+                                              : findCluster(level, view.levelMatrix, view.position);
   if (found == -1 || found == cluster_) return false;
   cluster_ = found;
+  if (level.isHalfLife) {
+    clusterVisible_ = unpackVisibility(level, found);
+    return true;
+  }
   const Q3Visibility& visibility = level.visibility;
   if (found < 0 || found >= visibility.clusterCount) return true;
   const std::size_t row = static_cast<std::size_t>(found) * static_cast<std::size_t>(visibility.bytesPerCluster);
@@ -144,8 +202,8 @@ void VisibleFaces::rebuild(const LevelData& level, const View& view) {
   holdsAll_ = false;
   for (std::size_t i = 1; i < level.leaves.size(); ++i) {
     const Leaf& leaf = level.leaves[i];
-    if (leaf.leafFaceCount == 0 || !clusterVisible(leaf.cluster) || !sphereVisible(level.leafSpheres[i], view))
-      continue;
+    if (leaf.leafFaceCount == 0 || !clusterVisible(leaf.cluster)) continue;
+    if (!(level.isHalfLife ? boxVisible(leaf, view) : sphereVisible(level.leafSpheres[i], view))) continue;
     const auto first = static_cast<std::size_t>(leaf.firstLeafFace);
     for (std::size_t k = first; k < first + static_cast<std::size_t>(leaf.leafFaceCount); ++k) {
       const std::int32_t face = level.leafFaces[k];

@@ -34,6 +34,13 @@ math::Vec3 toLevelSpace(const math::Vec3& point, const math::Mat4& levelMatrix);
 /// does.
 std::int32_t findCluster(const LevelData& level, const math::Mat4& levelMatrix, const math::Vec3& point);
 
+/// The leaf of a Half-Life level that the way down the tree leads to from a point of the world, and whose box holds it;
+/// -1 when there is none.
+std::int32_t findLeaf(const LevelData& level, const math::Mat4& levelMatrix, const math::Vec3& point);
+/// Which leaves of a Half-Life level may be seen from one, from its packed row of bits: one byte for each leaf from
+/// leaf 1 on. Empty: all of them.
+std::vector<std::uint8_t> unpackVisibility(const LevelData& level, std::int32_t leaf);
+
 /// Orders faces by their keys; the order among equal keys is that of this very algorithm (quicksort around the middle
 /// element), since it decides which of two coplanar faces is drawn last.
 void sortByKey(std::vector<VisibleFace>& faces);
@@ -52,6 +59,7 @@ class VisibleFaces {
   bool contains(std::size_t face) const { return marks_.empty() || marks_[face] != 0; }
   /// Differs whenever contains() may answer otherwise than before.
   std::uint32_t version() const { return version_; }
+  /// Where the camera is: a cluster, or a leaf of a Half-Life level.
   std::int32_t cluster() const { return cluster_; }
 
  private:

@@ -38,20 +38,32 @@ std::optional<fs::path> findAssets() {
   return std::nullopt;
 }
 
-constexpr std::size_t kEntityLump = 0, kModelLump = 7, kLumps = 17;
+enum class Kind { Quake3, HalfLife };
+/// Places in the directory.
+struct Lumps {
+  std::size_t entities, models;
+};
+/// By kind.
+constexpr Lumps kLumps[] = {{0, 7}, {0, 14}};
+constexpr std::size_t kDirectoryStart[] = {8, 4}, kDirectoryLength[] = {17, 15};
 
-/// The bytes of a lump of a Quake 3 level file.
-std::string readLump(const fs::path& file, std::size_t lump) {
-  struct {
-    char magic[4];
-    std::int32_t version;
-    std::int32_t directory[kLumps][2];  // offset, length
-  } header;
+Kind kindOf(std::ifstream& in) {
+  char magic[4] = {};
+  in.read(magic, sizeof magic);
+  return std::memcmp(magic, "IBSP", sizeof magic) == 0 ? Kind::Quake3 : Kind::HalfLife;
+}
+
+/// The bytes of a lump of a level file.
+std::string readLump(const fs::path& file, std::size_t Lumps::*which) {
   std::ifstream in(file, std::ios::binary);
   if (!in) throw Failure(ExitCode::Unreadable, fmt::format("cannot read {}", file.string()));
-  if (!in.read(reinterpret_cast<char*>(&header), sizeof header) || std::memcmp(header.magic, "IBSP", 4) != 0)
-    throw Failure(ExitCode::Malformed, fmt::format("{} is not a Quake 3 level", file.string()));
-  const auto [offset, length] = header.directory[lump];
+  const auto kind = static_cast<std::size_t>(kindOf(in));
+  const std::size_t lump = kLumps[kind].*which;
+  std::int32_t directory[17][2] = {};  // offset, length
+  in.seekg(static_cast<std::streamoff>(kDirectoryStart[kind]));
+  if (!in.read(reinterpret_cast<char*>(directory), static_cast<std::streamsize>(8 * kDirectoryLength[kind])))
+    throw Failure(ExitCode::Malformed, fmt::format("{} is not a level", file.string()));
+  const auto [offset, length] = directory[lump];
   const auto size = static_cast<std::int64_t>(fs::file_size(file));
   if (offset < 0 || length < 0 || std::int64_t{offset} + length > size)
     throw Failure(ExitCode::Malformed, fmt::format("{}: lump {} is {} bytes at {}, the file has {}", file.string(),
@@ -86,19 +98,36 @@ std::vector<Entity> parseEntities(const std::string& text) {
   return entities;
 }
 
-std::optional<Pose> startOf(const Entity& entity) {
-  const auto name = entity.find("classname");
-  const auto origin = entity.find("origin");
-  if (name == entity.end() || origin == entity.end()) return std::nullopt;
-  if (name->second != "info_player_start" && name->second != "info_player_deathmatch") return std::nullopt;
+std::string valueOf(const Entity& entity, const std::string& key) {
+  const auto found = entity.find(key);
+  return found == entity.end() ? "" : found->second;
+}
+
+/// Degrees about the upward axis.
+double headingOf(const Entity& entity) {
+  double pitch = 0, yaw = 0;
+  if (std::sscanf(valueOf(entity, "angles").c_str(), "%lf %lf", &pitch, &yaw) == 2) return yaw;
+  return std::atof(valueOf(entity, "angle").c_str());
+}
+
+std::optional<Pose> poseOf(const Entity& entity) {
   float at[3] = {};
-  if (std::sscanf(origin->second.c_str(), "%f %f %f", &at[0], &at[1], &at[2]) != 3) return std::nullopt;
-  const auto angle = entity.find("angle");
-  const double heading = angle == entity.end() ? 0 : std::atof(angle->second.c_str()) * 3.14159265358979 / 180;
+  if (std::sscanf(valueOf(entity, "origin").c_str(), "%f %f %f", &at[0], &at[1], &at[2]) != 3) return std::nullopt;
+  const double heading = headingOf(entity) * 3.14159265358979 / 180;
   // A file point (x, y, z) stands at (-x, z, -y) in the world.
   const Point eye{-at[0], at[2] + kEyeHeight, -at[1]};
   constexpr double kLookDistance = 128;
   return Pose{eye, {eye.x - std::cos(heading) * kLookDistance, eye.y, eye.z - std::sin(heading) * kLookDistance}};
+}
+
+/// The poses of all entities whose class passes a test.
+template <class Test>
+std::vector<Pose> posesOf(const std::vector<Entity>& entities, const Test& test) {
+  std::vector<Pose> poses;
+  for (const Entity& entity : entities)
+    if (test(valueOf(entity, "classname")))
+      if (const std::optional<Pose> pose = poseOf(entity)) poses.push_back(*pose);
+  return poses;
 }
 
 /// From each start on to the nearest one that was not visited.
@@ -139,8 +168,33 @@ LevelPlace findLevel(const Options& options) {
   return place;
 }
 
+std::vector<fs::path> findPackages(const LevelPlace& place, const std::vector<fs::path>& given) {
+  std::vector<fs::path> packages;
+  for (const fs::path& file : given) {
+    if (!fs::is_regular_file(file)) throw Failure(ExitCode::Unreadable, fmt::format("no file {}", file.string()));
+    packages.push_back(fs::absolute(file));
+  }
+  // The level names them with paths of the machine it was made on.
+  std::string names;
+  for (const Entity& entity : parseEntities(readLump(place.file, &Lumps::entities)))
+    if (valueOf(entity, "classname") == "worldspawn") names = valueOf(entity, "wad");
+  for (std::size_t begin = 0; begin < names.size();) {
+    const std::size_t end = std::min(names.find(';', begin), names.size());
+    const std::string path = names.substr(begin, end - begin), name = path.substr(path.find_last_of("/\\") + 1);
+    begin = end + 1;
+    for (const fs::path& folder : {place.file.parent_path(), place.base}) {
+      std::error_code ignored;
+      for (const auto& entry : fs::directory_iterator(folder, ignored))
+        if (!name.empty() && lowerCase(entry.path().filename().string()) == lowerCase(name) &&
+            std::find(packages.begin(), packages.end(), entry.path()) == packages.end())
+          packages.push_back(entry.path());
+    }
+  }
+  return packages;
+}
+
 float levelDiagonal(const fs::path& levelFile) {
-  const std::string models = readLump(levelFile, kModelLump);
+  const std::string models = readLump(levelFile, &Lumps::models);
   float box[6] = {};  // minimum, maximum; the first model is the world
   if (models.size() < sizeof box) return 0;
   std::memcpy(box, models.data(), sizeof box);
@@ -149,9 +203,13 @@ float levelDiagonal(const fs::path& levelFile) {
 }
 
 std::vector<Pose> playerStarts(const fs::path& levelFile) {
-  std::vector<Pose> starts;
-  for (const Entity& entity : parseEntities(readLump(levelFile, kEntityLump)))
-    if (const std::optional<Pose> start = startOf(entity)) starts.push_back(*start);
+  const std::vector<Entity> entities = parseEntities(readLump(levelFile, &Lumps::entities));
+  std::vector<Pose> starts = posesOf(entities, [](const std::string& name) {
+    return name == "info_player_start" || name == "info_player_deathmatch";
+  });
+  if (starts.empty())
+    starts = posesOf(entities, [](const std::string& name) { return name.find("player") != std::string::npos; });
+  if (starts.empty()) starts = posesOf(entities, [](const std::string& name) { return name.rfind("light", 0) == 0; });
   return tour(std::move(starts));
 }
 

@@ -39,6 +39,9 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   app.add_option("LEVEL", options.level, "level file, below --base or anywhere")->type_name("FILE");
   app.add_option("--base", options.base, "folder of the level's textures; default: the one above the level's maps/")
       ->type_name("DIR");
+  app.add_option("--wad", options.packages,
+                 "texture package of a Half-Life level, looked into before those that the level names; may be repeated")
+      ->type_name("FILE");
   app.add_option("--poses", options.poses,
                  "JSON array of {\"eye\": [x,y,z], \"look\": [x,y,z]} in world coordinates:\n"
                  "one picture each, none depending on those before")

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace walk {
 
@@ -13,13 +14,14 @@ enum class DeviceChoice { Auto, Hardware, Reference };
 enum class Talk { Quiet, Normal, Verbose };
 
 struct Options {
-  std::string level;                           ///< empty: the demo level
-  std::optional<std::filesystem::path> base;   ///< the folder that the level's files are named from
-  std::optional<std::filesystem::path> poses;  ///< JSON
-  std::optional<float> fieldOfView;            ///< vertical, degrees
-  std::optional<float> farPlane;               ///< world units
-  std::optional<int> frames;                   ///< of a flight
-  std::optional<int> every;                    ///< frames from one picture to the next
+  std::string level;                            ///< empty: the demo level
+  std::optional<std::filesystem::path> base;    ///< the folder that the level's files are named from
+  std::optional<std::filesystem::path> poses;   ///< JSON
+  std::vector<std::filesystem::path> packages;  ///< texture packages of a Half-Life level, the first one first
+  std::optional<float> fieldOfView;             ///< vertical, degrees
+  std::optional<float> farPlane;                ///< world units
+  std::optional<int> frames;                    ///< of a flight
+  std::optional<int> every;                     ///< frames from one picture to the next
   std::int32_t width = 1024, height = 768;
   DeviceChoice device = DeviceChoice::Auto;
   std::int32_t curves = 1;  ///< precision of curved surfaces, 0 to 2

@@ -57,6 +57,10 @@ class Session {
     level_.SetParameters(ql::True, options.noPvs ? ql::False : ql::True);
     level_.SetCurvePrecision(options.curves);
     engine_.Console(ql::False);
+    // The package that is opened last is looked into first.
+    std::vector<fs::path> packages = findPackages(place, options.packages);
+    std::reverse(packages.begin(), packages.end());
+    for (const fs::path& package : packages) level_.OpenPackWAD(package.string());
     const Clock::time_point start = Clock::now();
     level_.Load(place.name);
     report.loadMs = millisecondsSince(start);
