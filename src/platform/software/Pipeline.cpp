@@ -59,6 +59,7 @@ VertexLayout layoutOf(const device::DrawPacket& packet) {
   std::int32_t offset = 0;
   VertexLayout out = layoutOf(code, offset);
   const std::uint32_t sets = (code & fvf::kTextureCountMask) >> fvf::kTextureCountShift;
+  out.size = offset + static_cast<std::int32_t>(sets) * 8;
   for (std::size_t stage = 0; stage < device::kStages; ++stage) {
     const std::uint32_t set = packet.state->stages[stage].texCoordIndex & 0xFFFF;
     if (set < sets) out.coordinates[stage] = offset + static_cast<std::int32_t>(set) * 8;

@@ -47,6 +47,7 @@ struct Stage {
 /// How vertices lie in memory; offsets in bytes, -1 when absent.
 struct VertexLayout {
   bool transformed = false;
+  std::int32_t size = 0;  ///< of all that a vertex has
   std::int32_t normal = -1, pointSize = -1, diffuse = -1, specular = -1;
   std::array<std::int32_t, device::kStages> coordinates{-1, -1};  ///< of the set that each stage reads
 };

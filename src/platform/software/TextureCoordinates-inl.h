@@ -19,12 +19,16 @@ struct Quadruples {
 };
 
 inline void loadPairs(const VertexBatch& batch, std::int32_t offset, Lanes<float>& u, Lanes<float>& v) {
+#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+  loadTwos(batch.source.data(), offset, u.v, v.v);
+#else
   for (int i = 0; i < kLanes; ++i) {
     float pair[2];
     std::memcpy(pair, batch.source[static_cast<std::size_t>(i)] + offset, sizeof pair);
     u[i] = pair[0];
     v[i] = pair[1];
   }
+#endif
 }
 
 inline void generate(CoordinateSource::Kind kind, const VertexBatch& batch, Quadruples& out) {

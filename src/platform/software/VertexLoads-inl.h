@@ -13,6 +13,9 @@
 #include <cstring>
 
 #include <hwy/highway.h>
+#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+#include "platform/software/VertexVectors-inl.h"
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace ql::software::HWY_NAMESPACE {
@@ -24,7 +27,15 @@ T load(const std::byte* at) {
   return value;
 }
 
-inline void loadVectors(const VertexBatch& batch, std::int32_t offset, Vectors& out) {
+/// @param size of a vertex
+inline void loadVectors(const VertexBatch& batch, std::int32_t offset, [[maybe_unused]] std::int32_t size,
+                        Vectors& out) {
+#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+  if (offset + 16 <= size) {
+    loadTriples(batch.source.data(), offset, out.x.v, out.y.v, out.z.v);
+    return;
+  }
+#endif
   for (int i = 0; i < kLanes; ++i) {
     const auto v = load<math::Vec3>(batch.source[static_cast<std::size_t>(i)] + offset);
     out.x[i] = v.x;

@@ -63,7 +63,7 @@ inline void enterCameraSpace(const Pipeline& p, VertexBatch& v) {
   }
   if (c.normal && p.layout.normal >= 0) {
     Vectors normal;
-    loadVectors(v, p.layout.normal, normal);
+    loadVectors(v, p.layout.normal, p.layout.size, normal);
     const math::Mat4& m = c.normalMatrix;
     transformColumn(normal, m.m11, m.m21, m.m31, 0, v.normal.x);
     transformColumn(normal, m.m12, m.m22, m.m32, 0, v.normal.y);
@@ -136,7 +136,7 @@ inline void pointSizes(const Pipeline& p, VertexBatch& v) {
 inline void readBatch(const Pipeline& p, const std::byte* source, std::size_t stride, std::size_t count,
                       VertexBatch& out) {
   for (std::size_t i = 0; i < kLanes; ++i) out.source[i] = source + std::min(i, count - 1) * stride;
-  loadVectors(out, 0, out.position);
+  loadVectors(out, 0, p.layout.size, out.position);
   if (p.layout.transformed) {
     unproject(out);
   } else {
@@ -176,15 +176,26 @@ inline void outcodes(const Pipeline& p, const VertexBatch& v, Lanes<std::uint32_
   outside(outcode::kFar, [&](int i) HWY_ATTR { return v.w[i] - v.z[i] < 0; });
 }
 
+// @see roundToInt
+inline void toNearest(const Lanes<float>& from, Lanes<std::int32_t>& out) {
+#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+  for (int i = 0; i < kLanes; i += kWidth) hn::Store(nearest(hn::Load(kFloat, from.v + i)), kInt, out.v + i);
+#else
+  for (int i = 0; i < kLanes; ++i) out[i] = roundToInt(from[i]);
+#endif
+}
+
 // As writeRecord does it, for all lanes; those that need clipping get some numbers.
 inline void divide(const Pipeline& p, VertexBatch& v, Lanes<std::int32_t>& x, Lanes<std::int32_t>& y) {
   const ScreenTransform s = p.screen;
   Lanes<float>&z = v.attributes[kAttributeZ], &q = v.attributes[kAttributeQ];
   for (int i = 0; i < kLanes; ++i) q[i] = 1.0f / (v.w[i] < kSmallestW ? kSmallestW : v.w[i]);
   for (int i = 0; i < kLanes; ++i) {
-    x[i] = roundToInt(clampTo(v.x[i] * q[i], s.guardLeft, s.guardRight) * 256.0f);
-    y[i] = roundToInt(clampTo(v.y[i] * q[i], s.guardTop, s.guardBottom) * 256.0f);
+    v.x[i] = clampTo(v.x[i] * q[i], s.guardLeft, s.guardRight) * 256.0f;
+    v.y[i] = clampTo(v.y[i] * q[i], s.guardTop, s.guardBottom) * 256.0f;
   }
+  toNearest(v.x, x);
+  toNearest(v.y, y);
   for (int i = 0; i < kLanes; ++i) {
     const float depth = depthOf(v.z[i] * q[i] * s.depthZ + s.minZ) - s.bias;
     z[i] = depth > 0 ? depth : 0.0f;
@@ -230,23 +241,7 @@ inline void storeWords(const Lanes<float>& a, const Lanes<float>& b, const Lanes
                        float* records, std::size_t floats, std::size_t lanes) {
 #if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
   if (lanes == kLanes) {
-    namespace hn = hwy::HWY_NAMESPACE;
-    using Tag = hn::CappedTag<float, 4>;
-    using Pair = hn::Repartition<std::uint64_t, Tag>;
-    constexpr Tag tag;
-    constexpr Pair pair;
-    for (int i = 0; i < kLanes; i += 4, records += 4 * floats) {
-      const auto a4 = hn::Load(tag, a.v + i), b4 = hn::Load(tag, b.v + i);
-      const auto c4 = hn::Load(tag, c.v + i), d4 = hn::Load(tag, d.v + i);
-      const auto ab = hn::BitCast(pair, hn::InterleaveLower(tag, a4, b4));
-      const auto cd = hn::BitCast(pair, hn::InterleaveLower(tag, c4, d4));
-      const auto abUpper = hn::BitCast(pair, hn::InterleaveUpper(tag, a4, b4));
-      const auto cdUpper = hn::BitCast(pair, hn::InterleaveUpper(tag, c4, d4));
-      hn::StoreU(hn::BitCast(tag, hn::InterleaveLower(pair, ab, cd)), tag, records);
-      hn::StoreU(hn::BitCast(tag, hn::InterleaveUpper(pair, ab, cd)), tag, records + floats);
-      hn::StoreU(hn::BitCast(tag, hn::InterleaveLower(pair, abUpper, cdUpper)), tag, records + 2 * floats);
-      hn::StoreU(hn::BitCast(tag, hn::InterleaveUpper(pair, abUpper, cdUpper)), tag, records + 3 * floats);
-    }
+    storeFours(a.v, b.v, c.v, d.v, records, floats);
     return;
   }
 #endif
