@@ -115,9 +115,11 @@ std::shared_ptr<SubsetMesh> createText(const fonts::FontRequest& font, std::stri
   char32_t previous = 0;
   for (const char32_t character : fonts::characters(text)) {
     const bool endsLine = character == U'\r' || (character == U'\n' && previous != U'\r');
-    previous = character;
+    const bool breaks = character == U'\r' || character == U'\n';
     if (endsLine) pen = {0, pen.y - static_cast<float>(face.lineHeight())};
-    if (character == U'\r' || character == U'\n') continue;
+    if (!breaks && pen.x != 0) pen.x += static_cast<float>(face.kerning(previous, character));
+    previous = character;
+    if (breaks) continue;
     solid.add(areaInside(face.outline(character, deviation * kTextEm / 1000)), pen);
     pen.x += static_cast<float>(face.render(character).advance);
   }
