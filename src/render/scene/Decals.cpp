@@ -12,7 +12,6 @@ namespace ql::render::scene {
 namespace {
 
 constexpr std::int16_t kColorBlending = 3;
-constexpr math::Vec3 kUp{0, 1, 0}, kDown{0, -1, 0};
 
 /// The decals that the engine keeps.
 struct Decals {
@@ -25,9 +24,11 @@ struct Decals {
 
 /// The two directions of a decal's sides.
 std::pair<math::Vec3, math::Vec3> sidesOf(const math::Vec3& normal) {
-  if (normal == kUp) return {{1, 0, 0}, {0, 0, 1}};
-  if (normal == kDown) return {{-1, 0, 0}, {0, 0, -1}};
-  const math::Vec3 across = math::cross(kUp, normal);
+  if (normal.x == 0 && normal.z == 0 && normal.y != 0) {
+    const float side = normal.y > 0 ? 1.0f : -1.0f;
+    return {{side, 0, 0}, {0, 0, side}};
+  }
+  const math::Vec3 across = math::cross({0, 1, 0}, normal);
   return {math::normalize(math::cross(normal, across)), math::normalize(across)};
 }
 

@@ -32,6 +32,7 @@ TEST_F(Decals, LieAcrossTheirNormal) {
                           {"towards +x", {3, 0, 0}, {{{0, -5, 5}, {0, 5, 5}, {0, -5, -5}, {0, 5, -5}}}},
                           {"up", {0, 1, 0}, {{{-5, 0, -5}, {5, 0, -5}, {-5, 0, 5}, {5, 0, 5}}}},
                           {"down", {0, -1, 0}, {{{5, 0, 5}, {-5, 0, 5}, {5, 0, -5}, {-5, 0, -5}}}},
+                          {"up, long", {0, 3, 0}, {{{-5, 0, -5}, {5, 0, -5}, {-5, 0, 5}, {5, 0, 5}}}},
                           {"no normal", {}, {}}}) {
     const auto handle = createDecal(context, {100, 0, 0}, row.normal, 0, 10, 0);
     const mesh::MeshRecord& decal = record(handle->slot);
