@@ -3,12 +3,20 @@
 #include "engine/HitTarget.h"
 #include "math/Ray.h"
 #include "mesh/Build.h"
+#include "mesh/MeshIndex.h"
 #include "mesh/RayIndex.h"
+
+#include <utility>
 
 namespace ql::mesh {
 namespace {
 
 constexpr float kBoxReach = 4000;  // world units; the box probe looks as far as it likes all the same
+
+/// The indices over all meshes.
+struct MeshIndices {
+  MeshIndex bounds{MeshIndex::Kind::Bounds}, triangles{MeshIndex::Kind::Triangles};
+};
 
 void needBounds(engine::EngineContext& context, std::int16_t slot) {
   if (!meshRecord(context, slot).boundsValid) computeBounds(context, MeshHandle{slot, 0});
@@ -54,11 +62,18 @@ bool collision(engine::EngineContext& context, std::int16_t slot, const math::Ve
 
 std::int16_t firstMeshHit(engine::EngineContext& context, const math::Vec3& origin, const math::Vec3& end,
                           RayTest test) {
-  const std::int16_t count = meshCount(context);
-  for (std::int32_t slot = 1; slot <= count; ++slot) {
-    const MeshRecord& mesh = meshRecord(context, slot);
-    if (mesh.inUse && mesh.enabled && collision(context, static_cast<std::int16_t>(slot), origin, end, test))
-      return static_cast<std::int16_t>(slot);
+  if (test != RayTest::Box && test != RayTest::Sphere && test != RayTest::Accurate) return 0;
+  MeshRegistry& registry = context.get<MeshRegistry>();
+  MeshIndices& indices = context.get<MeshIndices>();
+  for (const std::int16_t slot : std::exchange(registry.changes, {})) {
+    registry.slots->at(slot)->noted = false;
+    indices.bounds.change(slot);
+    indices.triangles.change(slot);
+  }
+  MeshIndex& index = test == RayTest::Accurate ? indices.triangles : indices.bounds;
+  for (const std::int16_t slot : index.candidates(context, origin, end)) {
+    const MeshRecord& mesh = *registry.slots->at(slot);
+    if (mesh.inUse && mesh.enabled && collision(context, slot, origin, end, test)) return slot;
   }
   return 0;
 }

@@ -208,5 +208,76 @@ TEST_F(Rays, TheLowestSlotWinsNotTheNearest) {
   EXPECT_EQ(firstMeshHit(context, {}, {0, 0, 1}, RayTest::Box), 0) << "freed slots";
 }
 
+/// The first mesh that the ray meets, without an index.
+std::int16_t scannedHit(engine::EngineContext& context, const math::Vec3& from, const math::Vec3& to, RayTest test) {
+  for (std::int32_t slot = 1; slot <= meshCount(context); ++slot) {
+    const MeshRecord& mesh = meshRecord(context, slot);
+    if (mesh.inUse && mesh.enabled && collision(context, static_cast<std::int16_t>(slot), from, to, test))
+      return static_cast<std::int16_t>(slot);
+  }
+  return 0;
+}
+
+TEST_F(Rays, TheFirstMeshIsTheOneThatGoingThroughAllFinds) {
+  std::mt19937 random(11);
+  std::uniform_real_distribution<float> part(-1, 1);
+  const auto point = [&](float extent) {
+    const float x = part(random), y = part(random);
+    return math::scale({x, y, part(random)}, extent);
+  };
+  const auto pick = [&](std::size_t count) { return std::uniform_int_distribution<std::size_t>(0, count - 1)(random); };
+  const auto place = [&](MeshHandle& mesh) {
+    setPosition(record(mesh), point(200));
+    setRotation(record(mesh), point(180));
+    if (pick(4) == 0) setScale(record(mesh), math::add({1.5f, 1.5f, 1.5f}, point(1)));
+    rebuildMatrix(context, mesh.slot);
+  };
+  for (int i = 0; i < 300; ++i) {
+    MeshHandle& mesh = make();
+    for (int k = 0; k < 9; ++k) {
+      const math::Vec3 p = point(8);
+      addVertex(context, mesh, {p.x, p.y, p.z}, -1);
+    }
+    if (i % 5 != 0) computeBounds(context, mesh);
+    if (i % 20 == 7) addChild(context, *kept[pick(kept.size() - 1)], mesh);
+    place(mesh);
+  }
+  std::size_t hitCount = 0;
+  for (int i = 0; i < 3000; ++i) {
+    MeshHandle& mesh = *kept[pick(kept.size())];
+    switch (pick(12)) {
+      case 0:
+        place(mesh);
+        break;
+      case 1:
+        moveVertex(context, mesh, 4, 0, point(20), false);
+        break;
+      case 2:
+        computeBounds(context, mesh);
+        break;
+      case 3:
+        record(mesh).enabled = !record(mesh).enabled;
+        break;
+      case 4:
+        setMatrix(context, mesh.slot,
+                  math::multiply(math::scaling(0, 1, 1), math::translation(static_cast<float>(i % 50), 0, 0)));
+        break;
+      case 5:
+        kept.erase(kept.begin() + static_cast<std::ptrdiff_t>(pick(kept.size())));
+        addWall(context, make(), 0, {-5, 0, -5, 10}, {5, 0, -5, 10}, {});
+        break;
+      default:
+        break;
+    }
+    const math::Vec3 from = point(300), to = i % 7 == 0 ? math::add(from, point(1e-4f)) : point(300);
+    const auto test = static_cast<RayTest>(1 + i % 3);
+    context.collisionPrecision = i % 2 == 0 ? 30.0f : 1000.0f;
+    const std::int16_t wanted = scannedHit(context, from, to, test);
+    ASSERT_EQ(firstMeshHit(context, from, to, test), wanted) << i;
+    hitCount += wanted != 0;
+  }
+  EXPECT_GT(hitCount, 300u);
+}
+
 }  // namespace
 }  // namespace ql::mesh
