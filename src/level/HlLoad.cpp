@@ -45,10 +45,14 @@ void buildTree(LevelData& data, const HlBsp& file) {
     made.mins = wide(node.mins);
     made.maxs = wide(node.maxs);
   }
-  for (std::size_t i = 0; i < file.leaves.size(); ++i) {
-    const HlLeaf& leaf = file.leaves[i];
+  // Rows of visibility start with leaf 1. Leaves beyond the world's belong to brush models.
+  const std::int32_t told = file.models.empty() ? 0 : file.models[0].visibleLeaves;
+  const auto leaves = static_cast<std::int32_t>(file.leaves.size());
+  const std::int32_t last = told > 0 && told < leaves ? told : leaves - 1;
+  for (std::int32_t i = 0; i < leaves; ++i) {
+    const HlLeaf& leaf = file.leaves[static_cast<std::size_t>(i)];
     Leaf& made = data.leaves.emplace_back();
-    made.cluster = static_cast<std::int32_t>(i) - 1;  // rows of visibility start with leaf 1
+    made.cluster = i <= last ? i - 1 : -1;
     made.mins = wide(leaf.mins);
     made.maxs = wide(leaf.maxs);
     made.firstLeafFace = static_cast<std::int32_t>(data.leafFaces.size());
