@@ -13,9 +13,9 @@
 HWY_BEFORE_NAMESPACE();
 namespace ql::software::HWY_NAMESPACE {
 
-/// The squared changes of texels per pixel in the four blocks of 8 × 8 pixels, in rows. @see chooseLevel
-HWY_INLINE std::array<float, 4> changesAt(const Sampler& s, const Triangle& t, std::int32_t uv, std::int32_t divisor,
-                                          int x, int y) {
+/// The choices of the four blocks of 8 × 8 pixels, in rows. @see chooseLevel
+HWY_INLINE void chooseLevels(const Sampler& s, const Triangle& t, std::int32_t uv, std::int32_t divisor, int x, int y,
+                             LevelChoice* out) {
   using Tag = hn::CappedTag<float, 4>;
   constexpr Tag d;
   alignas(16) static constexpr float kX[4] = {0, 4, 0, 4}, kY[4] = {0, 0, 4, 4};
@@ -36,9 +36,30 @@ HWY_INLINE std::array<float, 4> changesAt(const Sampler& s, const Triangle& t, s
   const auto ux = slope(t.dx[uv], u, qx, acrossU), vx = slope(t.dx[uv + 1], v, qx, acrossV);
   const auto uy = slope(t.dy[uv], u, qy, acrossU), vy = slope(t.dy[uv + 1], v, qy, acrossV);
   const auto rx = hn::Add(hn::Mul(ux, ux), hn::Mul(vx, vx)), ry = hn::Add(hn::Mul(uy, uy), hn::Mul(vy, vy));
-  std::array<float, 4> out;
-  hn::StoreU(hn::Max(rx, ry), d, out.data());
-  return out;
+  // As levelFor does it.
+  constexpr hn::RebindToSigned<Tag> whole;
+  const auto integer = [](std::int32_t value) HWY_ATTR { return hn::Set(hn::RebindToSigned<Tag>(), value); };
+  const auto detail =
+      hn::Add(hn::ShiftRight<1>(hn::ShiftRight<15>(hn::Sub(hn::BitCast(whole, hn::Max(rx, ry)), integer(0x3F800000)))),
+              integer(s.bias));
+  constexpr std::int32_t kLinear = 1 << 16, kBlendShift = 8;
+  auto choice = hn::IfThenElse(hn::Gt(detail, integer(0)), integer(s.linearMin ? kLinear : 0),
+                               integer(s.linearMag ? kLinear : 0));
+  const auto between = [&](auto value, std::int32_t low, std::int32_t high)
+                           HWY_ATTR { return hn::Min(hn::Max(value, integer(low)), integer(high)); };
+  if (s.mip == Sampler::Mip::Nearest) {
+    choice = hn::Or(choice, between(hn::ShiftRight<8>(hn::Add(detail, integer(128))), s.firstLevel, s.lastLevel));
+  } else if (s.mip == Sampler::Mip::Linear) {
+    const auto within = between(detail, s.firstLevel << 8, s.lastLevel << 8);
+    const auto blend = hn::ShiftRight<1>(hn::And(within, integer(255)));
+    choice = hn::Or(choice, hn::Or(hn::ShiftRight<8>(within), hn::ShiftLeft<kBlendShift>(blend)));
+  } else {
+    choice = hn::Or(choice, integer(s.firstLevel));
+  }
+  alignas(16) std::int32_t choices[4];
+  hn::Store(choice, whole, choices);
+  static_assert(sizeof(LevelChoice) == sizeof *choices);
+  std::memcpy(out, choices, sizeof choices);
 }
 
 }  // namespace ql::software::HWY_NAMESPACE

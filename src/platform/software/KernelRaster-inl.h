@@ -165,7 +165,8 @@ class Painter {
       blockMost[k] = std::max(0, t.a[k] * (kBlockSide - 1)) + std::max(0, t.b[k] * (kBlockSide - 1));
     }
     const auto edge = [&t](int k, int x, int y) HWY_ATTR { return t.c[k] + t.a[k] * x + t.b[k] * y; };
-    std::array<std::array<LevelChoice, device::kStages>, 4> four{levels, levels, levels, levels};
+    LevelChoice four[device::kStages][4];
+    for (std::size_t i = 0; i < device::kStages; ++i) std::fill_n(four[i], 4, levels[i]);
     for (int y = t.y0 & ~(kSide - 1); y <= t.y1; y += kSide)
       for (int x = t.x0 & ~(kSide - 1); x <= t.x1; x += kSide) {
         const std::int32_t e0 = edge(0, x, y), e1 = edge(1, x, y), e2 = edge(2, x, y);
@@ -192,9 +193,11 @@ class Painter {
             mask = inside(t, bx, by);
             if (mask == 0) continue;
           }
-          item_[items_++] = {static_cast<std::uint8_t>(bx),    static_cast<std::uint8_t>(by),
-                             static_cast<std::uint8_t>(slot),  mask == kAllPixels,
-                             static_cast<std::uint16_t>(mask), four[i]};
+          Item& item = item_[items_++];
+          item = {static_cast<std::uint8_t>(bx),    static_cast<std::uint8_t>(by),
+                  static_cast<std::uint8_t>(slot),  mask == kAllPixels,
+                  static_cast<std::uint16_t>(mask), {}};
+          for (std::size_t k = 0; k < device::kStages; ++k) item.levels[k] = four[k][i];
         }
       }
   }
@@ -227,15 +230,10 @@ class Painter {
         out[i] = chooseLevel(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i],
                              static_cast<float>(x) + t.originX, static_cast<float>(y) + t.originY);
   }
-  HWY_INLINE void chooseFour(const Triangle& t, int x, int y,
-                             std::array<std::array<LevelChoice, device::kStages>, 4>& out) const {
+  HWY_INLINE void chooseFour(const Triangle& t, int x, int y, LevelChoice (*out)[4]) const {
     if constexpr (kTexturing == Texturing::None) return;
-    for (std::size_t i = 0; i < stages(); ++i) {
-      if (!perBlock_[i]) continue;
-      const std::array<float, 4> changes =
-          changesAt(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i], x, y);
-      for (std::size_t k = 0; k < 4; ++k) out[k][i] = levelFor(p_.samplers[i], changes[k]);
-    }
+    for (std::size_t i = 0; i < stages(); ++i)
+      if (perBlock_[i]) chooseLevels(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i], x, y, out[i]);
   }
 
   HWY_NOINLINE void shadeAll() {

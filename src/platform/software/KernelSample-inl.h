@@ -18,53 +18,100 @@ struct TexelPairs {
   Pairs low, high;
 };
 
-HWY_INLINE __m128i loadTwo(const std::uint32_t* texels, const std::int32_t* index) {
-  std::uint64_t first, second;
-  std::memcpy(&first, texels + index[0], sizeof first);
-  std::memcpy(&second, texels + index[1], sizeof second);
-  return _mm_set_epi64x(static_cast<long long>(second), static_cast<long long>(first));
+HWY_INLINE __m128i loadTwo(const std::uint32_t* texels, const std::uint32_t* index) {
+  const auto pair = [&](int i) { return reinterpret_cast<const __m128i*>(texels + index[i]); };
+  return _mm_castps_si128(
+      _mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(pair(0))), reinterpret_cast<const __m64*>(pair(1))));
 }
 
-HWY_INLINE TexelPairs loadPairs(const std::uint32_t* texels, const std::int32_t* index) {
+HWY_INLINE TexelPairs loadPairs(const std::uint32_t* texels, const std::uint32_t* index) {
 #if HWY_MAX_BYTES == 64
-  const __m256i a =
-      _mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index)), loadTwo(texels, index + 4), 1);
-  const __m256i b =
-      _mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index + 8)), loadTwo(texels, index + 12), 1);
-  const __m256i c =
-      _mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index + 2)), loadTwo(texels, index + 6), 1);
-  const __m256i d =
-      _mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index + 10)), loadTwo(texels, index + 14), 1);
-  return {Pairs{_mm512_inserti64x4(_mm512_castsi256_si512(a), b, 1)},
-          Pairs{_mm512_inserti64x4(_mm512_castsi256_si512(c), d, 1)}};
+  const auto four = [&](int i) HWY_ATTR {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index + i)), loadTwo(texels, index + i + 4),
+                                   1);
+  };
+  const auto eight = [&](int i) HWY_ATTR {
+    return Pairs{_mm512_inserti64x4(_mm512_castsi256_si512(four(i)), four(i + 8), 1)};
+  };
+  return {eight(0), eight(2)};
 #elif HWY_MAX_BYTES == 32
-  return {Pairs{_mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index)), loadTwo(texels, index + 4), 1)},
-          Pairs{_mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index + 2)), loadTwo(texels, index + 6),
-                                        1)}};
+  const auto four = [&](int i) HWY_ATTR {
+    return Pairs{
+        _mm256_inserti128_si256(_mm256_castsi128_si256(loadTwo(texels, index + i)), loadTwo(texels, index + i + 4), 1)};
+  };
+  return {four(0), four(2)};
 #else
   return {Pairs{loadTwo(texels, index)}, Pairs{loadTwo(texels, index + 2)}};
 #endif
 }
 
-/// Each pixel's upper and lower pair by any addressing, one by one.
-HWY_NOINLINE inline void loadPairsSlowly(const Sampler& s, const Sampler::Level& level, Ints u, Ints v,
-                                         TexelPairs& upper, TexelPairs& lower) {
-  alignas(64) std::int32_t x[kWidth], y[kWidth];
-  alignas(64) std::uint32_t up[2 * kWidth], down[2 * kWidth];
-  hn::Store(u, kInt, x);
-  hn::Store(v, kInt, y);
-  for (int i = 0; i < kWidth; ++i) {
-    const std::array<std::uint32_t, 4> four = fourTexels(s, level, x[i] >> 8, y[i] >> 8);
-    // Of each four pixels, two go to each half.
-    const int at = (i / 4) * 4 + (i & 1) * 2 + (i & 2 ? kWidth : 0);
-    up[at] = four[0];
-    up[at + 1] = four[1];
-    down[at] = four[2];
-    down[at + 1] = four[3];
+/// The rest of x divided by n, 0 to n - 1; x within 23 bits.
+HWY_INLINE Ints modulo(Ints x, std::int32_t n) {
+  const Ints divisor = number(n);
+  const Ints quotient = truncated(hn::Div(hn::ConvertTo(kFloat, x), hn::ConvertTo(kFloat, divisor)));
+  // The quotient may be one too far from 0.
+  Ints rest = hn::Sub(x, hn::Mul(quotient, divisor));
+  rest = hn::Add(rest, hn::And(hn::ShiftRight<31>(rest), divisor));
+  return hn::Sub(rest, hn::AndNot(hn::ShiftRight<31>(hn::Sub(rest, divisor)), divisor));
+}
+
+/// A fixed-point coordinate under an addressing mode, such that the texel and its right neighbour in memory, with the
+/// fraction between them, are what the mode asks for. A border stays as it is.
+HWY_INLINE Ints addressed(device::Address mode, Ints x, std::int32_t size, bool linear) {
+  using device::Address;
+  const Ints last = number((size - 1) * 256);
+  switch (mode) {
+    case Address::Border:
+      return x;
+    case Address::Clamp:
+      return hn::Min(hn::Max(x, hn::Zero(kInt)), last);
+    case Address::Mirror: {
+      // Weights have seven bits: the lowest bit of the fraction counts for nothing, and without it turning is exact.
+      const Ints fraction = hn::And(x, number(linear ? 254 : 0));
+      const Ints there = hn::Or(hn::ShiftLeft<8>(modulo(hn::ShiftRight<8>(x), 2 * size)), fraction);
+      const Ints back = hn::Sub(number((2 * size - 1) * 256), there);
+      const Ints turned = hn::IfThenElse(hn::Lt(there, number(size * 256)), there, back);
+      return hn::Min(hn::Max(turned, hn::Zero(kInt)), last);
+    }
+    default:
+      return hn::Or(hn::ShiftLeft<8>(modulo(hn::ShiftRight<8>(x), size)), hn::And(x, number(255)));
   }
-  const auto half = [](const std::uint32_t* from) HWY_ATTR { return hn::BitCast(kPair, hn::Load(kUint, from)); };
-  upper = {half(up), half(up + kWidth)};
-  lower = {half(down), half(down + kWidth)};
+}
+
+/// Columns or rows of both neighbours, and which of them belong to the border.
+struct Neighbours {
+  Ints first, second;
+  Pixels firstOut, secondOut;
+};
+HWY_INLINE Neighbours neighbours(device::Address mode, Ints whole, std::int32_t size) {
+  const Ints next = hn::Add(whole, number(1));
+  const Pixels none = hn::Lt(hn::Zero(kInt), hn::Zero(kInt));
+  if (mode != device::Address::Border) return {whole, next, none, none};
+  const auto held = [&](Ints x) HWY_ATTR { return hn::Min(hn::Max(x, hn::Zero(kInt)), number(size - 1)); };
+  const Ints first = held(whole), second = held(next);
+  return {first, second, hn::Not(hn::Eq(first, whole)), hn::Not(hn::Eq(second, next))};
+}
+
+/// Each pixel's upper and lower pair where there is a border.
+HWY_NOINLINE inline void loadPairsWithBorder(const Sampler& s, const Sampler::Level& level, Ints column, Ints row,
+                                             TexelPairs& upper, TexelPairs& lower) {
+  const Neighbours x = neighbours(s.addressU, column, level.width), y = neighbours(s.addressV, row, level.height);
+  const Ints stride = number(level.stride);
+  const Uints border = hn::Set(kUint, s.border ^ kTexelFlip);
+  const auto texels = [&](Ints atX, Ints atY, Pixels outX, Pixels outY) HWY_ATTR {
+    alignas(64) std::int32_t index[kWidth];
+    alignas(64) std::uint32_t out[kWidth];
+    hn::Store(hn::Add(hn::Mul(atY, stride), atX), kInt, index);
+    for (int i = 0; i < kWidth; ++i) out[i] = level.texels[index[i]];
+    return hn::IfThenElse(hn::RebindMask(kUint, hn::Or(outX, outY)), border, hn::Load(kUint, out));
+  };
+  const auto pairs = [](Uints left, Uints right) HWY_ATTR {
+    return TexelPairs{hn::BitCast(kPair, hn::InterleaveLower(kUint, left, right)),
+                      hn::BitCast(kPair, hn::InterleaveUpper(kUint, left, right))};
+  };
+  upper = pairs(texels(x.first, y.first, x.firstOut, y.firstOut), texels(x.second, y.first, x.secondOut, y.firstOut));
+  lower =
+      pairs(texels(x.first, y.second, x.firstOut, y.secondOut), texels(x.second, y.second, x.secondOut, y.secondOut));
 }
 
 /// Across with weights of bytes (the left one's and the right one's side by side), then down; as unsigned 0 to 255.
@@ -83,16 +130,24 @@ HWY_INLINE Color sampleLevel(const Sampler& s, const Sampler::Level& level, bool
   Ints x = nearest(hn::Sub(hn::Mul(u, number(level.scaleU)), half));
   Ints y = nearest(hn::Sub(hn::Mul(v, number(level.scaleV)), half));
   TexelPairs upper, lower;
-  alignas(64) std::int32_t index[kWidth];
-  if (HWY_LIKELY(s.fast)) {
+  if (HWY_UNLIKELY(!s.fast)) {
+    x = addressed(s.addressU, x, level.width, linear);
+    y = addressed(s.addressV, y, level.height, linear);
+  } else if (s.clamps) {
     x = hn::Min(hn::Max(x, number(level.lowU)), number(level.highU));
     y = hn::Min(hn::Max(y, number(level.lowV)), number(level.highV));
-    const Ints column = hn::And(hn::ShiftRight<8>(x), number(level.maskU));
-    const Ints row = hn::And(hn::ShiftRight<8>(y), number(level.maskV));
+  }
+  Ints column = hn::ShiftRight<8>(x), row = hn::ShiftRight<8>(y);
+  if (HWY_UNLIKELY(s.bordered)) {
+    loadPairsWithBorder(s, level, column, row, upper, lower);
+  } else {
+    column = hn::And(column, number(level.maskU));
+    row = hn::And(row, number(level.maskV));
     // Both are below 2^15: row · stride + column · 1 is one multiply-add of 16 bits.
     const Shorts place = hn::BitCast(kShort, hn::Or(row, hn::ShiftLeft<16>(column)));
     const Ints at = multiplyAddShorts(place, hn::BitCast(kShort, number(level.stride | 0x10000)));
-    hn::Store(at, kInt, index);
+    alignas(64) std::uint32_t index[kWidth];
+    hn::Store(hn::BitCast(kUint, at), kUint, index);
     // Through memory: left to itself, the compiler takes the vector apart lane by lane, which is slower.
     asm("" : "+m"(index));
     if (!linear) {
@@ -101,9 +156,8 @@ HWY_INLINE Color sampleLevel(const Sampler& s, const Sampler::Level& level, bool
       return unpacked(hn::Xor(hn::Load(kUint, texels), hn::Set(kUint, kTexelFlip)));
     }
     upper = loadPairs(level.texels, index);
+    asm("" : "+m"(index));  // sixteen indices kept for the next row would not fit the registers
     lower = loadPairs(level.texels + level.stride, index);
-  } else {
-    loadPairsSlowly(s, level, x, y, upper, lower);
   }
   const Ints fraction = number(linear ? 127 : 0);
   const Ints right = hn::And(hn::ShiftRight<1>(x), fraction), below = hn::And(hn::ShiftRight<1>(y), fraction);

@@ -13,19 +13,21 @@ namespace ql::software {
 /// Whether the level or the filter depends on the place.
 inline bool choosesLevel(const Sampler& s) { return s.mip != Sampler::Mip::None || s.linearMag != s.linearMin; }
 
+/// The only choice, where nothing depends on the place.
+inline LevelChoice onlyLevel(const Sampler& s) { return {static_cast<std::uint8_t>(s.firstLevel), 0, s.linearMag, 0}; }
+
 /// The choice for a change of texels per pixel, squared.
 inline LevelChoice levelFor(const Sampler& s, float change) {
-  LevelChoice choice;
-  choice.level = s.firstLevel;
   // Half its logarithm is the level.
   const std::int32_t detail = (log2Times256(change) >> 1) + s.bias;
+  LevelChoice choice = onlyLevel(s);
   choice.linear = detail > 0 ? s.linearMin : s.linearMag;
   if (s.mip == Sampler::Mip::Nearest) {
-    choice.level = clampTo((detail + 128) >> 8, s.firstLevel, s.lastLevel);
+    choice.level = static_cast<std::uint8_t>(clampTo((detail + 128) >> 8, s.firstLevel, s.lastLevel));
   } else if (s.mip == Sampler::Mip::Linear) {
     const std::int32_t within = clampTo(detail, s.firstLevel << 8, s.lastLevel << 8);
-    choice.level = within >> 8;
-    choice.blend = (within & 255) >> 1;
+    choice.level = static_cast<std::uint8_t>(within >> 8);
+    choice.blend = static_cast<std::uint8_t>((within & 255) >> 1);
   }
   return choice;
 }
@@ -33,7 +35,7 @@ inline LevelChoice levelFor(const Sampler& s, float change) {
 /// The level of detail of a block, from the exact derivatives at its centre. @param x,y of the block's first pixel seen
 /// from vertex 0 @param uv the attribute of the u coordinate @param divisor the attribute that divides u and v
 inline LevelChoice chooseLevel(const Sampler& s, const Triangle& t, int uv, int divisor, float x, float y) {
-  if (!choosesLevel(s)) return {s.firstLevel, 0, s.linearMag};
+  if (!choosesLevel(s)) return onlyLevel(s);
   const float cx = x + 1.5f, cy = y + 1.5f;
   const auto at = [&](int k) { return t.value[k] + (t.dx[k] * cx + t.dy[k] * cy); };
   const float w = 1.0f / at(divisor), u = at(uv) * w, v = at(uv + 1) * w;
@@ -48,7 +50,7 @@ inline LevelChoice chooseLevel(const Sampler& s, const Triangle& t, int uv, int 
 /// change and no coordinate can overflow, as all that changes is then a product with 0. @return whether it does
 inline bool chooseOnce(const Sampler& s, const Triangle& t, int uv, int divisor, LevelChoice& out) {
   if (!choosesLevel(s)) {
-    out = {s.firstLevel, 0, s.linearMag};
+    out = onlyLevel(s);
     return true;
   }
   if (t.dx[divisor] != 0 || t.dy[divisor] != 0) return false;

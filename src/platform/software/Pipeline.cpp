@@ -135,7 +135,9 @@ Sampler samplerOf(const device::StageStates& s, const Texture& texture) {
                              std::int32_t& high) {
       const bool clamp = mode == Address::Clamp;
       if (!clamp && !(mode == Address::Wrap && std::has_single_bit(static_cast<std::uint32_t>(size)))) out.fast = false;
-      mask = clamp ? -1 : size - 1;
+      out.clamps |= clamp;
+      out.bordered |= mode == Address::Border;
+      mask = mode == Address::Wrap && std::has_single_bit(static_cast<std::uint32_t>(size)) ? size - 1 : -1;
       low = clamp ? 0 : std::numeric_limits<std::int32_t>::min();
       high = clamp ? (size - 1) * 256 : std::numeric_limits<std::int32_t>::max();
     };

@@ -30,7 +30,9 @@ struct Sampler {
   std::int32_t firstLevel = 0, lastLevel = 0;
   float width = 1, height = 1;  ///< of level 0
   device::Address addressU = device::Address::Wrap, addressV = device::Address::Wrap;
-  bool fast = true;  ///< both directions clamp, or wrap a power of two
+  bool fast = true;       ///< both directions clamp, or wrap a power of two
+  bool clamps = false;    ///< some direction does
+  bool bordered = false;  ///< some direction has a border
   bool linearMin = false, linearMag = false;
   enum class Mip : std::uint8_t { None, Nearest, Linear } mip = Mip::None;
   std::int32_t bias = 0;  ///< of the level, in 1/256

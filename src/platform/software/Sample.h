@@ -12,9 +12,10 @@ namespace ql::software {
 
 /// Which level a block reads, and how.
 struct LevelChoice {
-  std::int32_t level = 0;
-  std::int32_t blend = 0;  ///< share of the next level, in 1/128
+  std::uint8_t level = 0;
+  std::uint8_t blend = 0;  ///< share of the next level, in 1/128
   bool linear = false;
+  std::uint8_t unused = 0;
 };
 
 /// The texels of a column and a row, of the next column, of the next row, and of both, under any addressing; flipped.

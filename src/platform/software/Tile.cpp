@@ -5,28 +5,35 @@
 namespace ql::software {
 namespace {
 
-// Calls f(place in the tile, place in the row, pixels) for each run of up to 4 pixels that lie together in both.
+// Calls f(places in the tile, places in a row, pixels) for each run of up to 4 pixels that lie together in both; for
+// whole runs the count is a constant.
 template <class F>
 void forEachRun(const Tile& tile, const Target::Rows& rows, F&& f) {
+  const std::int32_t whole = (tile.area.right - tile.area.left) / kBlockSide;
+  const std::int32_t rest = (tile.area.right - tile.area.left) % kBlockSide;
   for (std::int32_t y = tile.area.top; y < tile.area.bottom; ++y) {
-    std::uint32_t* row = rows.first + static_cast<std::size_t>(y) * rows.pitch;
-    for (std::int32_t x = tile.area.left; x < tile.area.right; x += kBlockSide)
-      f(static_cast<std::size_t>(blockOffset(x - tile.x, y - tile.y)), row + x,
-        std::min(kBlockSide, tile.area.right - x));
+    std::uint32_t* row = rows.first + static_cast<std::size_t>(y) * rows.pitch + tile.area.left;
+    auto at = static_cast<std::size_t>(blockOffset(0, y - tile.y));
+    for (std::int32_t i = 0; i < whole; ++i, row += kBlockSide, at += kLanes) f(at, row, kBlockSide);
+    if (rest != 0) f(at, row, rest);
   }
 }
 
 }  // namespace
 
 void loadColor(Tile& tile, const Target::Rows& rows) {
-  forEachRun(tile, rows, [&](std::size_t at, const std::uint32_t* row, int count) {
-    for (int i = 0; i < count; ++i) tile.color[at + static_cast<std::size_t>(i)] = row[i] ^ rows.flip;
+  const std::uint32_t flip = rows.flip;
+  forEachRun(tile, rows, [&tile, flip](std::size_t at, const std::uint32_t* row, int count) {
+    std::uint32_t* const to = tile.color.data() + at;
+    for (int i = 0; i < count; ++i) to[i] = row[i] ^ flip;
   });
 }
 
 void storeColor(const Tile& tile, const Target::Rows& rows) {
-  forEachRun(tile, rows, [&](std::size_t at, std::uint32_t* row, int count) {
-    for (int i = 0; i < count; ++i) row[i] = tile.color[at + static_cast<std::size_t>(i)] ^ rows.flip;
+  const std::uint32_t flip = rows.flip;
+  forEachRun(tile, rows, [&tile, flip](std::size_t at, std::uint32_t* row, int count) {
+    const std::uint32_t* const from = tile.color.data() + at;
+    for (int i = 0; i < count; ++i) row[i] = from[i] ^ flip;
   });
 }
 
