@@ -83,7 +83,18 @@ std::optional<Options> parseOptions(int argc, char** argv) {
                  "write what each thread does when, for a trace viewer (chrome://tracing, ui.perfetto.dev)")
       ->type_name("FILE");
   app.add_flag("--no-pictures", options.noPictures, "draw, write no pictures (and timings only with --json)");
-  app.add_flag("--window", options.window, "show the flight in a window, write no pictures");
+  auto* window = app.add_flag("--window", options.window,
+                              "show the flight in a window, write no pictures; arrow keys, W A S D or a click of the\n"
+                              "mouse take over, then the mouse looks around; Escape ends");
+  auto* record =
+      app.add_option("--record", options.record, "with --window: record what the user does in a file, for --replay")
+          ->type_name("FILE")
+          ->needs(window);
+  app.add_option("--replay", options.replay,
+                 "do again what was recorded, with the same level, unseen without --window;\n"
+                 "one line a frame on standard output: its number and a hash of its picture")
+      ->type_name("FILE")
+      ->excludes(record);
   auto* quietFlag = app.add_flag("--quiet", quiet, "say nothing but errors");
   app.add_flag("--verbose", verbose, "show the engine's log")->excludes(quietFlag);
 
@@ -95,11 +106,12 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     throw Failure(ExitCode::Usage, error.what());
   }
-  if (device.empty()) device = options.window ? "auto" : "ref";
+  if (device.empty()) device = options.window && !options.replay ? "auto" : "ref";
   if (device != "auto") options.device = device == "hal" ? DeviceChoice::Hardware : DeviceChoice::Reference;
   options.curves = curves == "low" ? 0 : curves == "normal" ? 1 : 2;
   if (!size.empty()) parseSize(size, options);
   if (options.window && options.poses) throw Failure(ExitCode::Usage, "--window shows a flight: --poses excludes it");
+  if (options.replay && options.poses) throw Failure(ExitCode::Usage, "--replay excludes --poses");
   options.talk = quiet ? Talk::Quiet : verbose ? Talk::Verbose : Talk::Normal;
   return options;
 }

@@ -33,6 +33,7 @@ struct Options {
   std::optional<std::filesystem::path> stages;  ///< file for what each thread does when
   bool noPictures = false;
   bool window = false;
+  std::optional<std::filesystem::path> record, replay;  ///< files of sessions
   Talk talk = Talk::Normal;
 };
 

@@ -2,11 +2,13 @@
 
 #include "Failure.h"
 #include "Flight.h"
+#include "Keys.h"
 #include "LevelFile.h"
 #include "Picture.h"
 #include "PrivateHome.h"
 #include "Progress.h"
 #include "Report.h"
+#include "Session.h"
 
 #include <Quasarlens3D/Quasarlens3D.h>
 
@@ -39,10 +41,11 @@ double millisecondsSince(Clock::time_point start) {
 }
 
 /// An engine with one level, drawn pose by pose.
-class Session {
+class Stage {
  public:
-  Session(const Options& options, const LevelPlace& place) {
-    if (!options.window || options.fixedStep) internals_.SetClock([time = time_] { return *time; });
+  Stage(const Options& options, const LevelPlace& place) {
+    const bool realTime = options.window || options.replay;
+    if (!realTime || options.fixedStep) internals_.SetClock([time = time_] { return *time; });
     // Before there is a device the field of view is kept for it; the picture's proportions are then its own.
     constexpr float kEngineFieldOfView = 89.99734f, kEngineFarPlane = 4096, kFarthest = 100'000;
     const float farPlane = std::clamp(levelDiagonal(place.file), kEngineFarPlane, kFarthest);
@@ -51,6 +54,7 @@ class Session {
       throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", options.trace->string()));
     if (options.stages && !internals_.StartStages(options.stages->string()))
       throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", options.stages->string()));
+    startSession(internals_, options);
     startDevice(options);
     std::string base = place.base.string();
     engine_.SetSearchDirectory(base);
@@ -100,10 +104,15 @@ class Session {
     };
     if (options.trace) check(internals_.StopTrace(), *options.trace);
     if (options.stages) check(internals_.StopStages(), *options.stages);
+    finishSession(internals_, options);
   }
 
   void advance(std::uint32_t ms) { *time_ += ms; }
-  bool closeRequested() const { return engine_.CloseRequested(); }
+  /// Whether the user closed the window, or a replay is over.
+  bool over() const { return engine_.CloseRequested() || internals_.ReplayEnded(); }
+  /// Seconds of the engine's clock; of the last frame.
+  double now() const { return static_cast<std::uint32_t>(engine_.TickCount()) / 1000.0; }
+  double frameSeconds() const { return engine_.TimeElapsed() / 1000.0; }
 
   Report report;
 
@@ -111,10 +120,12 @@ class Session {
   void startDevice(const Options& options) {
     const bool hardware = options.device != DeviceChoice::Reference;
     engine_.SetEngineMode(options.width, options.height, 32, hardware);
-    if (!engine_.Initialize(options.window ? -1 : 0)) throw Failure(ExitCode::NoDevice, "no device could be created");
+    if (!engine_.Initialize(options.window || options.replay ? -1 : 0))
+      throw Failure(ExitCode::NoDevice, "no device could be created");
     const bool isHardware = internals_.GetDeviceKind() == ql::QL_DEVICE_HARDWARE;
     if (options.device == DeviceChoice::Hardware && !isHardware)
       throw Failure(ExitCode::NoDevice, "there is no hardware device here");
+    if (options.window) engine_.SetWindowTitle("ql-walk");
     report.device = isHardware ? "hal" : "ref";
     std::int32_t format = 0;
     engine_.GetVideoMode(report.width, report.height, format);
@@ -140,14 +151,14 @@ Flight planFlight(const fs::path& levelFile) {
 }
 
 /// Writes the last frame's picture and adds it to the sheet, unless no pictures are wanted.
-void keepPicture(const Session& session, const Options& options, const std::string& name, ContactSheet& sheet) {
+void keepPicture(const Stage& session, const Options& options, const std::string& name, ContactSheet& sheet) {
   if (options.noPictures) return;
   const Picture picture = session.picture();
   writePng(options.out / name, picture);
   sheet.add(picture);
 }
 
-void drawPoses(Session& session, const Options& options, const std::vector<Pose>& poses, ContactSheet& sheet) {
+void drawPoses(Stage& session, const Options& options, const std::vector<Pose>& poses, ContactSheet& sheet) {
   Progress progress("drawing poses", options.talk != Talk::Quiet);
   for (std::size_t i = 0; i < poses.size(); ++i) {
     session.forgetThePast(poses[i]);
@@ -157,7 +168,7 @@ void drawPoses(Session& session, const Options& options, const std::vector<Pose>
   }
 }
 
-void drawFlight(Session& session, const Options& options, const Flight& flight, ContactSheet& sheet) {
+void drawFlight(Stage& session, const Options& options, const Flight& flight, ContactSheet& sheet) {
   const int frames = options.frames.value_or(kDefaultFrames);
   const int every = options.every.value_or((frames + kDefaultPictures - 1) / kDefaultPictures);
   const auto step = static_cast<std::uint32_t>(options.fixedStep.value_or(kDefaultStep));
@@ -173,15 +184,22 @@ void drawFlight(Session& session, const Options& options, const Flight& flight, 
   }
 }
 
-void showFlight(Session& session, const Options& options, const Flight& flight) {
-  const Clock::time_point start = Clock::now();
-  for (int i = 0; !session.closeRequested() && (!options.frames || i < *options.frames); ++i) {
-    const double seconds = options.fixedStep ? i * *options.fixedStep / 1000.0
-                                             : std::chrono::duration<double>(Clock::now() - start).count();
+/// The flight until the user takes over, by the engine's clock alone: a replay does the same.
+void showFlight(Stage& session, const Options& options, const Flight& flight) {
+  const Keys keys;
+  std::optional<Steering> steering;
+  const double start = session.now(), duration = std::max(flight.length() / kWindowSpeed, 8.0);
+  for (int i = 0; !session.over() && (!options.frames || i < *options.frames); ++i) {
     // There and back again, without end.
-    const double duration = std::max(flight.length() / kWindowSpeed, 8.0);
-    const double phase = std::fmod(seconds / duration, 2.0);
-    session.frame(flight.at(phase < 1 ? phase : 2 - phase));
+    const double phase = std::fmod((session.now() - start) / duration, 2.0);
+    const Pose flown = flight.at(phase < 1 ? phase : 2 - phase);
+    const double seconds = session.frameSeconds();
+    const Wish wish = keys.read(seconds);
+    if (wish.leave) break;
+    if (wish.steers && !steering) steering.emplace(flown);
+    if (steering) steering->follow(wish, seconds);
+    session.frame(steering ? steering->pose() : flown);
+    if (options.replay) fmt::print("{} {:016x}\n", i, hashOf(session.picture()));
     if (options.fixedStep) session.advance(static_cast<std::uint32_t>(*options.fixedStep));
   }
 }
@@ -213,22 +231,28 @@ void prepareOut(const fs::path& folder) {
 
 void run(const Options& given) {
   Options options = given;
+  const bool inWindow = options.window || options.replay;
+  if (!options.window) {
+    // Pictures need no display, and none shall flash up.
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
+  }
+  applySession(options);
   const LevelPlace place = findLevel(options);
   const std::vector<Pose> poses = options.poses ? readPoses(*options.poses) : std::vector<Pose>{};
   // The engine changes the current folder.
   options.out = fs::absolute(options.out);
   if (options.trace) options.trace = fs::absolute(*options.trace);
   if (options.stages) options.stages = fs::absolute(*options.stages);
+  if (options.record) options.record = fs::absolute(*options.record);
+  if (options.replay) options.replay = fs::absolute(*options.replay);
   const bool jsonToOutput = options.json == "-";
   const fs::path jsonFile = options.json ? fs::absolute(*options.json) : options.out / "walk.json";
   if (options.window) {
     if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
       throw Failure(ExitCode::NoDevice, "--window: there is no display");
-  } else {
-    // Pictures need no display, and none shall flash up.
-    unsetenv("DISPLAY");
-    unsetenv("WAYLAND_DISPLAY");
-    if (!options.noPictures) prepareOut(options.out);
+  } else if (!inWindow && !options.noPictures) {
+    prepareOut(options.out);
   }
 
   const Flight flight = options.poses ? Flight({}) : planFlight(place.file);
@@ -236,11 +260,11 @@ void run(const Options& given) {
   Report report;
   ContactSheet sheet;
   {
-    Session session(options, place);
+    Stage session(options, place);
     checkLog(home, options.talk);
     if (options.poses)
       drawPoses(session, options, poses, sheet);
-    else if (options.window)
+    else if (inWindow)
       showFlight(session, options, flight);
     else
       drawFlight(session, options, flight, sheet);
@@ -251,11 +275,12 @@ void run(const Options& given) {
   if (!sheet.empty()) writePng(options.out / "contact.png", sheet.sheet());
   if (jsonToOutput)
     fmt::print("{}", report.json());
-  else if (!(options.window || options.noPictures) || options.json)
+  else if (!(inWindow || options.noPictures) || options.json)
     writeText(jsonFile, report.json());
   if (options.talk == Talk::Quiet || jsonToOutput) return;
-  if (!options.window && !options.noPictures) fmt::print("pictures and timings: {}\n", options.out.string());
-  fmt::print("{}, {}x{}, {} frames: median {:.2f} ms, 95 % within {:.2f} ms; loaded in {:.0f} ms\n", report.device,
+  if (!inWindow && !options.noPictures) fmt::print("pictures and timings: {}\n", options.out.string());
+  fmt::print(options.replay ? stderr : stdout,
+             "{}, {}x{}, {} frames: median {:.2f} ms, 95 % within {:.2f} ms; loaded in {:.0f} ms\n", report.device,
              report.width, report.height, report.frames.size(), report.quantile(0.5), report.quantile(0.95),
              report.loadMs);
 }
