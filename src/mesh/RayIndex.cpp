@@ -3,6 +3,8 @@
 #include "math/Ray.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <span>
@@ -37,6 +39,13 @@ void forEachTriple(const MeshRecord& mesh, F&& f) {
 
 float largestOf(const math::Vec3& v) { return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)}); }
 
+/// Bit i for a lane i that is not 0. The lanes are all ones or 0.
+template <class Mask>
+unsigned bitsOf(Mask mask) {
+  const Mask bits = mask & Mask{1, 2, 4, 8};
+  return static_cast<unsigned>(bits[0] | bits[1] | bits[2] | bits[3]);
+}
+
 void include(RayIndex::Box& box, const math::Vec3& p) {
   box.minimum = {std::min(box.minimum.x, p.x), std::min(box.minimum.y, p.y), std::min(box.minimum.z, p.z)};
   box.maximum = {std::max(box.maximum.x, p.x), std::max(box.maximum.y, p.y), std::max(box.maximum.z, p.z)};
@@ -55,7 +64,8 @@ float halfArea(const RayIndex::Box& box) {
 struct RayIndex::Triple {
   Box box = kEmpty;
   math::Vec3 middle;
-  std::uint32_t order = 0, vertex = 0;
+  std::int32_t order = 0;
+  std::uint32_t vertex = 0;
 };
 
 /// Cuts ranges of triangles in two where the boxes' areas promise the fewest tests, and makes nodes of four ranges.
@@ -135,7 +145,7 @@ struct RayIndex::Builder {
 
   std::int32_t leafOf(Range range) const {
     Leaf leaf;
-    leaf.order.fill(kNone);
+    leaf.order = Numbers{} + kNone;
     for (std::size_t lane = 0; lane < range.size(); ++lane) {
       const std::size_t v = range[lane].vertex;
       const math::Vec3 p = positionOf(mesh.normalVertices[v]);
@@ -168,16 +178,20 @@ struct RayIndex::Builder {
     const std::size_t number = index.nodes_.size();
     index.nodes_.emplace_back();
     Node node;
-    for (Lanes& lanes : node.low) lanes.fill(kInfinity);
-    for (Lanes& lanes : node.high) lanes.fill(-kInfinity);
-    node.firstOrder.fill(kNone);
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      node.bounds[axis] = Lanes{} + kInfinity;
+      node.bounds[axis + 3] = Lanes{} - kInfinity;
+    }
+    node.firstOrder = Numbers{} + kNone;
     for (std::size_t lane = 0; lane < count; ++lane) {
       const Box box = boxOfRange(parts[lane]);
       for (std::size_t axis = 0; axis < 3; ++axis) {
-        node.low[axis][lane] = component(box.minimum, axis);
-        node.high[axis][lane] = component(box.maximum, axis);
+        node.bounds[axis][lane] = component(box.minimum, axis);
+        node.bounds[axis + 3][lane] = component(box.maximum, axis);
       }
-      for (const Triple& triple : parts[lane]) node.firstOrder[lane] = std::min(node.firstOrder[lane], triple.order);
+      std::int32_t first = kNone;
+      for (const Triple& triple : parts[lane]) first = std::min(first, triple.order);
+      node.firstOrder[lane] = first;
       node.child[lane] = make(parts[lane], depth + 1);
     }
     index.nodes_[number] = node;
@@ -209,7 +223,7 @@ TripleHit RayIndex::scan(const MeshRecord& mesh, const math::Vec3& origin, const
 
 void RayIndex::build(const MeshRecord& mesh) {
   std::vector<Triple> triples;
-  std::uint32_t order = 0;
+  std::int32_t order = 0;
   forEachTriple(mesh, [&](std::size_t v) {
     Triple triple;
     triple.order = order++;
@@ -242,20 +256,26 @@ TripleHit RayIndex::firstHit(const MeshRecord& mesh, const math::Vec3& origin, c
 
 TripleHit RayIndex::search(const math::Vec3& origin, const math::Vec3& direction, float reach) const {
   struct Pending {
-    std::int32_t child;
-    std::uint32_t firstOrder;
+    std::int32_t child, firstOrder;
   };
   std::array<Pending, kDeepestTree*(kWide - 1) + kWide> pending;
   const std::array<float, 3> from{origin.x, origin.y, origin.z};
   const std::array<float, 3> along{direction.x, direction.y, direction.z};
-  std::array<float, 3> inverse{};
-  for (std::size_t axis = 0; axis < 3; ++axis)
-    inverse[axis] = 1 / (std::abs(along[axis]) < kSmallestDirection ? kSmallestDirection : along[axis]);
+  // Of each axis: which bound the ray meets first, and both bounds moved outwards by the slack (put on the origin).
   const float slack = kSlack * (largestOf(origin) + extent_);
-  const float farthest = reach + slack;
+  std::array<std::size_t, 3> nearBound{}, farBound{};
+  std::array<float, 3> inverse{}, nearFrom{}, farFrom{};
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    inverse[axis] = 1 / (std::abs(along[axis]) < kSmallestDirection ? kSmallestDirection : along[axis]);
+    const bool upwards = inverse[axis] >= 0;
+    nearBound[axis] = upwards ? axis : axis + 3;
+    farBound[axis] = upwards ? axis + 3 : axis;
+    nearFrom[axis] = upwards ? from[axis] + slack : from[axis] - slack;
+    farFrom[axis] = upwards ? from[axis] - slack : from[axis] + slack;
+  }
 
   TripleHit first;
-  std::uint32_t best = kNone;
+  std::int32_t best = kNone;
   std::size_t count = 0;
   pending[count++] = {0, 0};
   while (count > 0) {
@@ -263,25 +283,23 @@ TripleHit RayIndex::search(const math::Vec3& origin, const math::Vec3& direction
     if (next.firstOrder >= best) continue;
     if (next.child >= 0) {
       const Node& node = nodes_[static_cast<std::size_t>(next.child)];
-      Lanes enter, leave;
-      enter.fill(-slack);
-      leave.fill(farthest);
-      for (std::size_t axis = 0; axis < 3; ++axis)
-        for (std::size_t lane = 0; lane < kWide; ++lane) {
-          const float a = (node.low[axis][lane] - slack - from[axis]) * inverse[axis];
-          const float b = (node.high[axis][lane] + slack - from[axis]) * inverse[axis];
-          const float near = a < b ? a : b, far = a < b ? b : a;
-          enter[lane] = near > enter[lane] ? near : enter[lane];
-          leave[lane] = far < leave[lane] ? far : leave[lane];
-        }
+      Lanes enter = Lanes{} - slack, leave = Lanes{} + (reach + slack);
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        const Lanes nearest = (node.bounds[nearBound[axis]] - nearFrom[axis]) * inverse[axis];
+        const Lanes farthest = (node.bounds[farBound[axis]] - farFrom[axis]) * inverse[axis];
+        enter = nearest > enter ? nearest : enter;
+        leave = farthest < leave ? farthest : leave;
+      }
+      unsigned met = bitsOf((enter <= leave) & (node.firstOrder < best));
       const std::size_t before = count;
-      for (std::size_t lane = 0; lane < kWide; ++lane) {
-        if (!(enter[lane] <= leave[lane]) || node.firstOrder[lane] >= best) continue;
+      for (; met != 0; met &= met - 1) {
+        const auto lane = static_cast<std::size_t>(std::countr_zero(met));
         // The child with the first triangle comes last, and is looked at next.
+        const Pending child{node.child[lane], node.firstOrder[lane]};
         std::size_t place = count++;
-        for (; place > before && pending[place - 1].firstOrder < node.firstOrder[lane]; --place)
+        for (; place > before && pending[place - 1].firstOrder < child.firstOrder; --place)
           pending[place] = pending[place - 1];
-        pending[place] = {node.child[lane], node.firstOrder[lane]};
+        pending[place] = child;
       }
       continue;
     }
@@ -291,30 +309,24 @@ TripleHit RayIndex::search(const math::Vec3& origin, const math::Vec3& direction
     const auto& [cx, cy, cz] = leaf.corner;
     const auto& [ax, ay, az] = leaf.edge1;
     const auto& [bx, by, bz] = leaf.edge2;
-    Lanes distance;
-    Numbers met;
-    for (std::size_t i = 0; i < kWide; ++i) {
-      const float px = along[1] * bz[i] - along[2] * by[i], py = along[2] * bx[i] - along[0] * bz[i],
-                  pz = along[0] * by[i] - along[1] * bx[i];
-      const float determinant = ax[i] * px + ay[i] * py + az[i] * pz;
-      const float over = 1 / determinant;
-      const float tx = from[0] - cx[i], ty = from[1] - cy[i], tz = from[2] - cz[i];
-      const float u = (tx * px + ty * py + tz * pz) * over;
-      const float qx = ty * az[i] - tz * ay[i], qy = tz * ax[i] - tx * az[i], qz = tx * ay[i] - ty * ax[i];
-      const float v = (along[0] * qx + along[1] * qy + along[2] * qz) * over;
-      const float t = (bx[i] * qx + by[i] * qy + bz[i] * qz) * over;
-      const float sum = u + v;
-      distance[i] = t;
-      met[i] = static_cast<std::uint32_t>(determinant != 0) & static_cast<std::uint32_t>(u >= 0) &
-               static_cast<std::uint32_t>(u <= 1) & static_cast<std::uint32_t>(v >= 0) &
-               static_cast<std::uint32_t>(sum <= 1) & static_cast<std::uint32_t>(t >= 0) &
-               static_cast<std::uint32_t>(t < reach);
+    const auto [dx, dy, dz] = along;
+    const Lanes px = dy * bz - dz * by, py = dz * bx - dx * bz, pz = dx * by - dy * bx;
+    const Lanes determinant = ax * px + ay * py + az * pz;
+    const Lanes over = 1 / determinant;
+    const Lanes tx = from[0] - cx, ty = from[1] - cy, tz = from[2] - cz;
+    const Lanes u = (tx * px + ty * py + tz * pz) * over;
+    const Lanes qx = ty * az - tz * ay, qy = tz * ax - tx * az, qz = tx * ay - ty * ax;
+    const Lanes v = (dx * qx + dy * qy + dz * qz) * over;
+    const Lanes t = (bx * qx + by * qy + bz * qz) * over;
+    const Lanes sum = u + v;
+    unsigned met = bitsOf((determinant != 0) & (u >= 0) & (u <= 1) & (v >= 0) & (sum <= 1) & (t >= 0) & (t < reach) &
+                          (leaf.order < best));
+    for (; met != 0; met &= met - 1) {
+      const auto lane = static_cast<std::size_t>(std::countr_zero(met));
+      if (leaf.order[lane] >= best) continue;
+      best = leaf.order[lane];
+      first = {true, t[lane], math::cross({ax[lane], ay[lane], az[lane]}, {bx[lane], by[lane], bz[lane]})};
     }
-    for (std::size_t i = 0; i < kWide; ++i)
-      if (met[i] != 0 && leaf.order[i] < best) {
-        best = leaf.order[i];
-        first = {true, distance[i], math::cross({ax[i], ay[i], az[i]}, {bx[i], by[i], bz[i]})};
-      }
   }
   return first;
 }

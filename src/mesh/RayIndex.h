@@ -4,7 +4,7 @@
 
 #include "mesh/MeshRecord.h"
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -42,19 +42,19 @@ class RayIndex {
 
  private:
   static constexpr std::size_t kWide = 4;
-  using Lanes = std::array<float, kWide>;
-  using Numbers = std::array<std::uint32_t, kWide>;
-  static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+  using Lanes [[gnu::vector_size(16)]] = float;
+  using Numbers [[gnu::vector_size(16)]] = std::int32_t;
+  static constexpr std::int32_t kNone = std::numeric_limits<std::int32_t>::max();
 
   /// Four boxes and what is in them.
-  struct alignas(16) Node {
-    std::array<Lanes, 3> low, high;
-    std::array<std::int32_t, kWide> child{};  ///< a node, or ~ a leaf
-    Numbers firstOrder{};                     ///< of the child's triangles; kNone: no child
+  struct Node {
+    Lanes bounds[6];       ///< lowest x, y, z, highest x, y, z
+    Numbers child{};       ///< a node, or ~ a leaf
+    Numbers firstOrder{};  ///< of the child's triangles; kNone: no child
   };
   /// Four triangles: first corner and edges from it.
-  struct alignas(16) Leaf {
-    std::array<Lanes, 3> corner{}, edge1{}, edge2{};
+  struct Leaf {
+    Lanes corner[3]{}, edge1[3]{}, edge2[3]{};
     Numbers order{};
   };
   struct Triple;
