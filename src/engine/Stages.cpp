@@ -52,7 +52,7 @@ class StageFile {
   }
   void event(const char* name, std::uint32_t row, std::int64_t from, std::int64_t to) {
     // Digits only: a stream would follow the locale.
-    const auto microseconds = [this](std::int64_t ns) {
+    const auto microseconds = [](std::int64_t ns) {
       std::array<char, 40> text{};
       const auto positive = static_cast<long long>(std::max<std::int64_t>(ns, 0));
       std::snprintf(text.data(), text.size(), "%lld.%03lld", positive / 1000, positive % 1000);
