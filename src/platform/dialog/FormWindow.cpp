@@ -19,6 +19,9 @@ namespace ql::dialog {
 namespace {
 
 constexpr int kIdleMs = 100;  // between frames when nothing happens
+// SDL's own waiting wakes itself by a message to the window over a second connection. One that arrives after the window
+// has gone ends the process, so that the queue is looked at instead.
+constexpr int kPollMs = 10;
 
 using Window = std::unique_ptr<SDL_Window, decltype(&SDL_DestroyWindow)>;
 using Context = std::unique_ptr<ImGuiContext, void (*)(ImGuiContext*)>;
@@ -105,10 +108,12 @@ class FormWindow {
     SDL_RaiseWindow(window_);
     SDL_Event event;
     while (form_.visible()) {
-      if (SDL_WaitEventTimeout(&event, kIdleMs) != 0) {
-        do handle(event);
-        while (form_.visible() && SDL_PollEvent(&event) != 0);
+      for (int waited = 0; waited < kIdleMs && SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT) == SDL_FALSE;
+           waited += kPollMs) {
+        SDL_Delay(kPollMs);
+        SDL_PumpEvents();
       }
+      while (form_.visible() && SDL_PollEvent(&event) != 0) handle(event);
       frame();
     }
     // What still waits: the end of this form is not the end of the program.
