@@ -1,42 +1,65 @@
 /// @file
-/// Closing another client's window. Xlib's macros spoil the names of others: include this last, and link x11.
+/// Closing another client's window. Link PkgConfig::XCB.
 #pragma once
 
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <string>
+#include <string_view>
 
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
-#undef Bool
-#undef None
-#undef Status
+#include <xcb/xcb.h>
 
 namespace ql::test {
 
-/// Asks a top-level window to close, as a window manager does. @return whether there is one with that title
+namespace detail {
+
+struct Free {
+  void operator()(void* reply) const { std::free(reply); }
+};
+template <class T>
+using Reply = std::unique_ptr<T, Free>;
+
+inline xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
+  const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+      server, xcb_intern_atom(server, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
+  return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+}  // namespace detail
+
+/// Asks a top-level window to close, as a window manager does. A window that goes meanwhile is no fault: this has a
+/// connection of its own, whose errors stay on it. @return whether there is one with that title
 inline bool closeWindow(const std::string& title) {
-  ::Display* server = XOpenDisplay(nullptr);
-  if (server == nullptr) return false;
-  // A window may go between being listed and being asked; that must not end the test, as Xlib's own handler would.
-  XSetErrorHandler([](::Display*, XErrorEvent*) { return 0; });
-  ::Window root = 0, parent = 0, *children = nullptr;
-  unsigned count = 0;
-  XQueryTree(server, DefaultRootWindow(server), &root, &parent, &children, &count);
+  using namespace detail;
+  const std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> own(xcb_connect(nullptr, nullptr),
+                                                                           xcb_disconnect);
+  xcb_connection_t* server = own.get();
+  if (xcb_connection_has_error(server) != 0) return false;
+  const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(server)).data->root;
+  const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(server, xcb_query_tree(server, root), nullptr));
+  if (!tree) return false;
   bool found = false;
-  for (unsigned i = 0; i < count; ++i) {
-    char* name = nullptr;
-    if (XFetchName(server, children[i], &name) == 0) continue;
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = children[i];
-    event.xclient.message_type = XInternAtom(server, "WM_PROTOCOLS", 0);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = static_cast<long>(XInternAtom(server, "WM_DELETE_WINDOW", 0));
-    if (title == name) found |= XSendEvent(server, children[i], 0, NoEventMask, &event) != 0;
-    XFree(name);
+  for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+    const xcb_window_t window = xcb_query_tree_children(tree.get())[i];
+    const Reply<xcb_get_property_reply_t> name(xcb_get_property_reply(
+        server, xcb_get_property(server, 0, window, XCB_ATOM_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0, 256), nullptr));
+    if (!name || std::string_view(static_cast<const char*>(xcb_get_property_value(name.get())),
+                                  static_cast<std::size_t>(xcb_get_property_value_length(name.get()))) != title)
+      continue;
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = atom(server, "WM_PROTOCOLS");
+    event.data.data32[0] = atom(server, "WM_DELETE_WINDOW");
+    xcb_send_event(server, 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
+    found = true;
   }
-  if (children != nullptr) XFree(children);
-  XCloseDisplay(server);
-  return found;
+  // The answer to any question comes after what was asked before: the server has passed the messages on.
+  const Reply<xcb_get_input_focus_reply_t> done(
+      xcb_get_input_focus_reply(server, xcb_get_input_focus(server), nullptr));
+  return found && done;
 }
 
 }  // namespace ql::test

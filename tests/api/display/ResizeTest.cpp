@@ -1,6 +1,7 @@
 // Windows that the user resizes, names and closes while the engine draws in them.
 #include "OnDisplay.h"
 #include "platform/images/Image.h"
+#include "support/CloseWindow.h"
 #include "support/Golden.h"
 #include "support/TinyQ3Level.h"
 
@@ -8,8 +9,12 @@
 #include <memory>
 #include <set>
 
-// Xlib comes with it: last.
-#include "support/CloseWindow.h"
+// Xlib's macros spoil the names of others: last.
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#undef Bool
+#undef None
+#undef Status
 
 namespace ql::test {
 namespace {
