@@ -13,12 +13,12 @@ namespace ql::test {
 
 /// @param format,sampling,flags the library's TJPF_, TJSAMP_ and TJFLAG_ numbers
 inline std::vector<std::byte> jpgFile(std::span<const std::uint32_t> pixels, int width, int height, int format,
-                                      int sampling, int flags) {
+                                      int sampling, int flags, int quality = 95) {
   unsigned char* out = nullptr;
   unsigned long size = 0;
   const tjhandle encoder = tjInitCompress();
   tjCompress2(encoder, reinterpret_cast<const unsigned char*>(pixels.data()), width, 0, height, format, &out, &size,
-              sampling, 95, flags);
+              sampling, quality, flags);
   const auto* bytes = reinterpret_cast<const std::byte*>(out);
   std::vector<std::byte> file(bytes, bytes + size);
   tjFree(out);

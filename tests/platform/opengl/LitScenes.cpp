@@ -1,44 +1,11 @@
-#include "platform/opengl/Content.h"
+#include "platform/opengl/Table.h"
 
-#include <functional>
 #include <random>
-#include <string>
 
 namespace ql::test {
 namespace {
 
 using device::LightType;
-
-struct BumpVertex {
-  math::Vec3 position, normal;
-  std::uint32_t diffuse, specular;
-  float u, v;
-};
-constexpr std::uint32_t kFormat = 0x1D2;
-
-/// A cushion before the camera, of triangles about as large as a few pixels.
-void cushion(Scene& s) {
-  s.state.view = math::lookAt({0, 0.5f, -3}, {0, 0, 0}, {0, 1, 0});
-  s.state.projection = math::perspective(1.0f, 48.0f / 64.0f, 0.5f, 60);
-  constexpr int kSide = 12;
-  const auto at = [](int x, int y) {
-    const float a = (static_cast<float>(x) / kSide - 0.5f) * 2.4f, b = (static_cast<float>(y) / kSide - 0.5f) * 2.4f;
-    const math::Vec3 normal{std::sin(a) * std::cos(b), std::sin(b), -std::cos(a) * std::cos(b)};
-    const auto shade = static_cast<std::uint32_t>(x * 20);
-    return BumpVertex{normal,
-                      normal,
-                      0xC0000000 | shade << 16 | 0x8040,
-                      0x80203040 + shade,
-                      static_cast<float>(x) / kSide,
-                      static_cast<float>(y) / kSide};
-  };
-  std::vector<BumpVertex> triangles;
-  for (int y = 0; y < kSide; ++y)
-    for (int x = 0; x < kSide; ++x)
-      triangles.insert(triangles.end(),
-                       {at(x, y), at(x, y + 1), at(x + 1, y), at(x + 1, y), at(x, y + 1), at(x + 1, y + 1)});
-  s.draw(PrimitiveType::TriangleList, triangles, kFormat);
-}
 
 void randomLights(unsigned seed, Scene& s) {
   std::mt19937 random(seed);
@@ -90,63 +57,6 @@ TEST_F(OpenGL, RandomLightsGiveTheReferencePicture) {
     EXPECT_LE(c.faults, 3u) << "seed " << seed << ": " << c;
     EXPECT_LE(c.edges, 120u) << "seed " << seed << ": " << c;
   }
-}
-
-TEST_F(OpenGL, CoordinatesAreGeneratedAsOnTheReference) {
-  std::mt19937 random(7);
-  const auto number = [&] { return static_cast<float>(random() % 201) / 100 - 1; };
-  for (std::uint32_t generated = 0; generated <= 3; ++generated)
-    for (const std::uint32_t flags : {0u, 1u, 2u, 3u, 4u, 0x102u, 0x103u, 0x104u}) {
-      math::Mat4 matrix = math::identity();
-      for (float* m :
-           {&matrix.m11, &matrix.m12, &matrix.m21, &matrix.m22, &matrix.m31, &matrix.m32, &matrix.m41, &matrix.m42})
-        *m += number() * 0.4f;
-      matrix.m13 = matrix.m14 = matrix.m23 = matrix.m24 = 0.1f;
-      matrix.m33 = matrix.m34 = 2;
-      matrix.m43 = matrix.m44 = 4;
-      // Coordinates whose second divides run away where it is 0.
-      if (flags == 0x102) matrix.m12 = matrix.m22 = 0.05f, matrix.m32 = matrix.m42 = 2;
-      const Comparison c = onBoth(
-          [&](Scene& s) {
-            s.clear(0xFF203040);
-            s.state.stages[0].texCoordIndex = generated << 16;
-            s.state.stages[0].textureTransformFlags = flags;
-            s.state.stages[0].minFilter = s.state.stages[0].magFilter = 2;
-            s.state.textureTransforms[0] = matrix;
-            s.textures[0] = smoothTexture(s);
-            s.replaceByTexture();
-            cushion(s);
-          },
-          8);
-      EXPECT_LE(c.faults, 3u) << generated << ", flags " << flags << ": " << c;
-      EXPECT_LE(c.edges, 120u) << generated << ", flags " << flags << ": " << c;
-    }
-}
-
-TEST_F(OpenGL, PointSpritesAreThoseOfTheReference) {
-  for (const std::uint32_t scale : {0u, 1u})
-    for (const std::uint32_t sprite : {0u, 1u}) {
-      const Comparison c = onBoth(
-          [=](Scene& s) {
-            s.textures[0] = smoothTexture(s, 16);
-            s.state.stages[0].minFilter = s.state.stages[0].magFilter = 2;
-            device::RenderStates& r = s.state.render;
-            r.pointSpriteEnable = sprite;
-            r.pointScaleEnable = scale;
-            r.pointSize = bitsOf(scale ? 1.0f : 15.0f);
-            r.pointScaleA = bitsOf(0.0f);
-            r.pointScaleC = bitsOf(1.0f);
-            s.state.view = math::lookAt({0, 1, -4}, {0, 0, 0}, {0, 1, 0});
-            s.state.projection = math::perspective(1.2f, 48.0f / 64.0f, 0.5f, 60);
-            s.draw(PrimitiveType::PointList, std::vector<LitVertex>{{-1.5f, 0, 0, 0xFFFF8080, 0, 0.3f, 0.6f},
-                                                                    {1, 0.5f, 1, 0xFF80FF80, 0, 0.1f, 0.2f},
-                                                                    {0, -1, 4, 0xFF8080FF, 0, 0.9f, 0.5f},
-                                                                    {3.2f, 0, 0, 0xFFFFFFFF, 0, 0.5f, 0.5f}});
-          },
-          4);
-      EXPECT_LE(c.faults, 2u) << "scale " << scale << ", sprite " << sprite << ": " << c;
-      EXPECT_LE(c.edges, 60u) << "scale " << scale << ", sprite " << sprite << ": " << c;
-    }
 }
 
 }  // namespace
