@@ -58,7 +58,9 @@ Pipeline pipelineOf(const Row& row, const software::Texture& texture) {
   device::DrawPacket packet;
   packet.state = &state;
   packet.vertexFormat = 0x1C2;
-  return software::makePipeline(packet, software::Target(64, 64, row.format), {&texture, &texture});
+  Pipeline out;
+  software::makePipeline(packet, software::Target(64, 64, row.format), {&texture, &texture}, false, out);
+  return out;
 }
 
 std::string stages(const Pipeline& p) {

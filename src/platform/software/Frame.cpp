@@ -11,7 +11,7 @@ constexpr std::uint32_t kJobPrimitives = 8192, kRangeVertices = 1024;
 // What may wait: bytes of vertices, and lists (one per tile and job).
 constexpr std::size_t kMostBytes = std::size_t{32} << 20, kMostLists = std::size_t{1} << 20;
 constexpr std::size_t kTrianglesAtOnce = 64;  // that a tile draws
-constexpr std::size_t kMostPrimitives = std::size_t{1} << 20;
+constexpr std::size_t kMostPrimitives = std::size_t{1} << 20, kMostPipelines = std::size_t{1} << 14;
 
 }  // namespace
 
@@ -21,15 +21,13 @@ Frame::Frame(unsigned threads, const KernelSet& kernels) : pool_(threads), meter
 
 bool Frame::full(const Target& target) const {
   const auto tiles = static_cast<std::size_t>(target.tilesX() * target.tilesY());
-  return copiedBytes_ + recordFloats_ * sizeof(float) > kMostBytes || primitives_ > kMostPrimitives ||
-         (primitives_ / kJobPrimitives + 1) * tiles > std::max(kMostLists, tiles * 2);
+  return pipelineCount_ > kMostPipelines || copiedBytes_ + recordFloats_ * sizeof(float) > kMostBytes ||
+         primitives_ > kMostPrimitives || (primitives_ / kJobPrimitives + 1) * tiles > std::max(kMostLists, tiles * 2);
 }
 
-const Pipeline* Frame::addPipeline(Pipeline&& pipeline) {
+Pipeline& Frame::addPipeline() {
   if (pipelineCount_ == pipelines_.size()) pipelines_.emplace_back();
-  Pipeline& added = pipelines_[pipelineCount_++] = std::move(pipeline);
-  added.paint = kernels_.painter(added);
-  return &added;
+  return pipelines_[pipelineCount_++];
 }
 
 void Frame::draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer) {

@@ -31,8 +31,10 @@ class Frame {
   /// Whether so much waits that it should be carried out.
   bool full(const Target& target) const;
 
-  /// Keeps a pipeline until everything is carried out.
-  const Pipeline* addPipeline(Pipeline&& pipeline);
+  /// A pipeline to fill and finish; it is kept until everything is carried out.
+  Pipeline& addPipeline();
+  /// Chooses the code for a pipeline.
+  void finish(Pipeline& pipeline) const { pipeline.paint = kernels_.painter(pipeline); }
   /// @param buffer keeps the vertices when they lie in a buffer; nothing: they are copied
   void draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer);
   /// Fills all but the number of the primitives before it.

@@ -50,9 +50,8 @@ LightSource sourceOf(const device::Light& light, const math::Mat4& view) {
 
 }  // namespace
 
-Lighting lightingOf(const device::State& state, bool vertexDiffuse, bool vertexSpecular) {
+void decodeLighting(const device::State& state, bool vertexDiffuse, bool vertexSpecular, Lighting& out) {
   const device::RenderStates& r = state.render;
-  Lighting out;
   out.enabled = true;
   out.specular = r.specularEnable != 0;
   const auto color = [&](std::uint32_t source, const math::Color4& value) {
@@ -70,7 +69,6 @@ Lighting lightingOf(const device::State& state, bool vertexDiffuse, bool vertexS
     out.globalAmbient[c] = static_cast<float>(r.ambient >> (8 * c) & 255) * (1.0f / 255);
   for (std::size_t i = 0; i < device::kLights; ++i)
     if (state.lightEnabled[i] && state.lights[i].type != 0) out.lights.push_back(sourceOf(state.lights[i], state.view));
-  return out;
 }
 
 }  // namespace ql::software

@@ -44,6 +44,7 @@ struct Lighting {
 };
 
 /// Decodes materials and lights. @param vertexDiffuse,vertexSpecular whether vertices bring these colours
-Lighting lightingOf(const device::State& state, bool vertexDiffuse, bool vertexSpecular);
+/// @param out has no lights yet
+void decodeLighting(const device::State& state, bool vertexDiffuse, bool vertexSpecular, Lighting& out);
 
 }  // namespace ql::software

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <utility>
 
 namespace ql::software {
 namespace {
@@ -347,13 +348,16 @@ std::int32_t diffuseOffset(std::uint32_t vertexFormat) {
   return layoutOf(vertexFormat, end).diffuse;
 }
 
-Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
-                      const std::array<const Texture*, device::kStages>& textures, bool white) {
+void makePipeline(const device::DrawPacket& packet, const Target& target,
+                  const std::array<const Texture*, device::kStages>& textures, bool white, Pipeline& p) {
   using device::Compare;
   const device::State& state = *packet.state;
   const device::RenderStates& r = state.render;
   const math::Viewport& v = state.viewport;
-  Pipeline p;
+  std::vector<LightSource> lights = std::move(p.lighting.lights);
+  lights.clear();
+  p = Pipeline();
+  p.lighting.lights = std::move(lights);
   p.layout = layoutOf(packet);
   if (white && r.lighting == 0) p.layout.diffuse = -1;
   p.camera.view = math::multiply(state.world, state.view);
@@ -368,7 +372,7 @@ Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
   p.sprites = r.pointSpriteEnable != 0;
   // Stencil states are ignored: no target has a stencil buffer.
   if (r.lighting != 0 && !p.layout.transformed)
-    p.lighting = lightingOf(state, p.layout.diffuse >= 0, p.layout.specular >= 0);
+    decodeLighting(state, p.layout.diffuse >= 0, p.layout.specular >= 0, p.lighting);
   p.textureFactor = r.textureFactor;
   p.specularAdd = r.specularEnable != 0 && p.hasSpecular();
   p.fog = fogOf(r, p.layout.transformed);
@@ -395,7 +399,6 @@ Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
   chooseBlending(p);
   placeAttributes(p);
   decideCameraSpace(p, r);
-  return p;
 }
 
 }  // namespace ql::software

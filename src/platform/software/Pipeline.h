@@ -176,8 +176,8 @@ struct Pipeline {
 std::int32_t diffuseOffset(std::uint32_t vertexFormat);
 
 /// Decodes the state of a packet for a target. @param textures the packet's textures, null where there is none
-/// @param white no vertex has another diffuse colour than white
-Pipeline makePipeline(const device::DrawPacket& packet, const Target& target,
-                      const std::array<const Texture*, device::kStages>& textures, bool white = false);
+/// @param white no vertex has another diffuse colour than white @param out is replaced; what it has allocated is used
+void makePipeline(const device::DrawPacket& packet, const Target& target,
+                  const std::array<const Texture*, device::kStages>& textures, bool white, Pipeline& out);
 
 }  // namespace ql::software

@@ -15,12 +15,12 @@ Pool::~Pool() {
   batch_.notify_all();
 }
 
-void Pool::run(std::uint32_t count, const std::function<void(std::uint32_t, unsigned)>& task) {
+void Pool::runAll(std::uint32_t count, Task task) {
   if (count <= 1 || workers_.empty()) {
-    for (std::uint32_t i = 0; i < count; ++i) task(i, 0);
+    for (std::uint32_t i = 0; i < count; ++i) task.call(task.self, i, 0);
     return;
   }
-  task_ = &task;
+  task_ = task;
   count_ = count;
   next_.store(0, std::memory_order_relaxed);
   busy_.store(static_cast<std::uint32_t>(workers_.size()), std::memory_order_relaxed);
@@ -36,7 +36,7 @@ void Pool::work(unsigned worker) {
   for (;;) {
     const std::uint32_t index = next_.fetch_add(1, std::memory_order_relaxed);
     if (index >= count_) return;
-    (*task_)(index, worker);
+    task_.call(task_.self, index, worker);
   }
 }
 

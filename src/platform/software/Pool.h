@@ -4,9 +4,9 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <stop_token>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace ql::software {
@@ -23,13 +23,24 @@ class Pool {
 
   /// Calls task(index, worker) for every index below count, on all threads, and returns when all are done. Indices are
   /// handed out in ascending order; worker is 0 to threads() - 1. The task must not throw.
-  void run(std::uint32_t count, const std::function<void(std::uint32_t index, unsigned worker)>& task);
+  template <class F>
+  void run(std::uint32_t count, F&& task) {
+    runAll(count, {&task, [](void* self, std::uint32_t index, unsigned worker) {
+                     (*static_cast<std::remove_reference_t<F>*>(self))(index, worker);
+                   }});
+  }
 
  private:
+  /// A task that somebody else keeps.
+  struct Task {
+    void* self = nullptr;
+    void (*call)(void* self, std::uint32_t index, unsigned worker) = nullptr;
+  };
+  void runAll(std::uint32_t count, Task task);
   void work(unsigned worker);
   void serve(const std::stop_token& stop, unsigned worker);
 
-  const std::function<void(std::uint32_t, unsigned)>* task_ = nullptr;
+  Task task_;
   std::uint32_t count_ = 0;
   std::atomic<std::uint32_t> next_{0}, batch_{0}, busy_{0};
   std::vector<std::jthread> workers_;

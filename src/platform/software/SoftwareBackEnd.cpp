@@ -3,6 +3,7 @@
 #include "platform/device/Resources.h"
 #include "platform/software/Buffer.h"
 #include "platform/software/Frame.h"
+#include "platform/software/Snapshots.h"
 
 #include <algorithm>
 #include <array>
@@ -96,6 +97,7 @@ class SoftwareBackEnd final : public device::BackEnd {
   void flush() {
     if (pending_ != TargetId::None && !frame_.empty()) frame_.flush(*targets_.at(pending_), statistics_);
     pipeline_ = nullptr;
+    snapshots_.clear();
     pipelineTextures_ = {};  // else the next upload would copy
   }
   void finish(TargetId target) {
@@ -116,6 +118,7 @@ class SoftwareBackEnd final : public device::BackEnd {
   Frame frame_;
   TargetId pending_ = TargetId::None;
 
+  Snapshots snapshots_;  ///< of the pipelines that wait
   // The pipeline of the last draw and what it was made from.
   const Pipeline* pipeline_ = nullptr;
   std::uint64_t stateVersion_ = 0;
@@ -151,7 +154,16 @@ const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, c
   stateVersion_ = packet.stateVersion;
   vertexFormat_ = packet.vertexFormat;
   white_ = isWhite;
-  pipeline_ = frame_.addPipeline(makePipeline(packet, target, textures, isWhite));
+  std::array<const TextureData*, device::kStages> reads{};
+  std::ranges::transform(data, reads.begin(), [](const auto& texture) { return texture.get(); });
+  pipeline_ = snapshots_.find(packet, reads, isWhite);
+  if (!pipeline_) {
+    Pipeline& made = frame_.addPipeline();
+    makePipeline(packet, target, textures, isWhite, made);
+    frame_.finish(made);
+    snapshots_.add(&made);
+    pipeline_ = &made;
+  }
   pipelineTextures_ = std::move(data);
   return pipeline_;
 }
