@@ -87,6 +87,37 @@ void randomState(Random& random, device::State& state) {
   randomStages(random, state, plain);
 }
 
+// Lights, materials, generated and transformed coordinates, and sizes of points.
+void randomVertexWork(Random& random, device::State& state) {
+  auto& r = state.render;
+  const auto color = [&] {
+    return math::Color4{random.real(0, 1), random.real(0, 1), random.real(0, 1), random.real(0, 1)};
+  };
+  const auto place = [&] { return math::Vec3{random.real(-20, 20), random.real(-20, 20), random.real(-5, 40)}; };
+  r.lighting = random.pick(3) == 0;
+  r.ambient = random.bits();
+  r.normalizeNormals = random.pick(2);
+  r.localViewer = random.pick(2);
+  r.diffuseMaterialSource = random.pick(3);
+  state.material = {color(), color(), color(), color(), random.real(0, 30)};
+  for (std::size_t i = 0; i < 4; ++i) {
+    state.lightEnabled[i] = random.pick(2) == 0;
+    state.lights[i] = {1 + random.pick(3),      color(), color(), color(), place(), place(), random.real(5, 100),
+                       random.of({1.0f, 2.5f}), 1,       0.1f,    0.01f,   0.5f,    1.2f};
+  }
+  for (std::size_t k = 0; k < 2; ++k) {
+    state.stages[k].texCoordIndex = random.of({0u, 0u, 0u, 1u, 0x10000u, 0x20000u, 0x30000u});
+    state.stages[k].textureTransformFlags = random.of({0u, 0u, 0u, 1u, 2u, 3u, 0x103u, 0x104u});
+    state.textureTransforms[k] = math::rotationZ(random.real(-3, 3));
+    state.textureTransforms[k].m31 = random.real(-1, 1);
+    state.textureTransforms[k].m34 = random.real(0, 0.1f);
+  }
+  r.pointSize = bitsOf(random.real(0, 20));
+  r.pointScaleEnable = random.pick(2);
+  r.pointScaleC = bitsOf(0.1f);
+  r.pointSpriteEnable = random.pick(2);
+}
+
 // Triangles in front of the eye, through it, behind it, far beyond the screen, degenerate, or small.
 std::vector<LitVertex> worldMesh(Random& random) {
   std::vector<LitVertex> out;
@@ -100,6 +131,17 @@ std::vector<LitVertex> worldMesh(Random& random) {
     if (k > 0 && random.pick(16) == 0) out[k] = out[k - 1];
     if (random.pick(64) == 0) out[k].x = random.of({std::numeric_limits<float>::infinity(), std::nanf(""), 1e30f});
   }
+  return out;
+}
+
+struct NormalVertex {
+  float x, y, z, nx, ny, nz, u, v;
+};
+constexpr std::uint32_t kNormalFormat = 0x112;
+std::vector<NormalVertex> normalMesh(Random& random) {
+  std::vector<NormalVertex> out;
+  for (const LitVertex& v : worldMesh(random))
+    out.push_back({v.x, v.y, v.z, random.real(-1, 1), random.real(-1, 1), random.real(-1, 1), v.u, v.v});
   return out;
 }
 
@@ -130,11 +172,17 @@ std::vector<ScreenVertex> screenMesh(Random& random) {
 constexpr std::uint32_t kSceneWidth = 141, kSceneHeight = 101;
 constexpr int kDraws = 40;
 
+// Pictures that are drawn. Each has kDraws states: ten thousand are 250 pictures.
+unsigned pictures() {
+  const char* wanted = std::getenv("QL_TEST_PICTURES");
+  return wanted ? static_cast<unsigned>(std::strtoul(wanted, nullptr, 10)) : 60;
+}
+
 std::vector<std::uint32_t> picture(unsigned seed, device::Format format, Kernels kernels, unsigned threads) {
   Random random(seed);
   Scene scene(kSceneWidth, kSceneHeight, format, threads, kernels);
   std::vector<device::TextureId> textures{device::TextureId::None};
-  for (const auto& [width, height] : {std::pair{64u, 64u}, {32u, 8u}, {16u, 16u}, {1u, 1u}, {7u, 9u}}) {
+  for (const auto& [width, height] : {std::pair{64u, 64u}, {32u, 8u}, {4096u, 2u}, {1u, 1u}, {7u, 9u}}) {
     const std::uint32_t levels = width > 1 ? 3 : 1;
     const auto id = scene.backEnd->createTexture({width, height, levels, device::Format::A8R8G8B8, false});
     for (std::uint32_t level = 0; level < levels; ++level) {
@@ -148,16 +196,24 @@ std::vector<std::uint32_t> picture(unsigned seed, device::Format format, Kernels
   scene.state.projection = math::perspective(1, 0.8f, 0.5f, 60);
   for (int i = 0; i < kDraws; ++i) {
     randomState(random, scene.state);
+    randomVertexWork(random, scene.state);
     for (device::TextureId& texture : scene.textures) texture = textures[random.pick(6)];
     if (random.pick(6) == 0)
       scene.state.viewport = {static_cast<int>(random.pick(80)), static_cast<int>(random.pick(60)), 61, 41, 0.2f, 0.9f};
     else
       scene.state.viewport = {0, 0, kSceneWidth, kSceneHeight, 0, 1};
     const auto type = static_cast<PrimitiveType>(random.pick(5) == 0 ? 1 + random.pick(6) : 4);
-    if (random.pick(2))
-      scene.draw(type, worldMesh(random));
-    else
-      scene.draw(type, screenMesh(random));
+    switch (random.pick(5)) {
+      case 0:
+        scene.draw(type, normalMesh(random), kNormalFormat);
+        break;
+      case 1:
+      case 2:
+        scene.draw(type, worldMesh(random));
+        break;
+      default:
+        scene.draw(type, screenMesh(random));
+    }
     if (random.pick(10) == 0) scene.clear(random.bits(), random.real(0.5f, 1), random.of({2u, 2u, 2u, 2u, 2u, 3u}));
   }
   return scene.pixels();
@@ -180,9 +236,10 @@ TEST_P(KernelsTest, DrawTheBitsOfThePortableCode) {
   if (!software::hasKernels(GetParam().kernels)) GTEST_SKIP() << "this machine has no " << GetParam().name;
   constexpr device::Format kFormats[] = {device::Format::X8R8G8B8, device::Format::A8R8G8B8, device::Format::R5G6B5,
                                          device::Format::X8R8G8B8, device::Format::A1R5G5B5};
-  for (unsigned seed = 0; seed < 125; ++seed) {
+  constexpr unsigned kThreads[] = {1, 2, 1, 3, 1, 8, 1};
+  for (unsigned seed = 0; seed < pictures(); ++seed) {
     const device::Format format = kFormats[seed % std::size(kFormats)];
-    const unsigned threads = seed % 20 == 0 ? 1 + seed / 20 : 1;
+    const unsigned threads = kThreads[seed % std::size(kThreads)];
     ASSERT_EQ(picture(seed, format, GetParam().kernels, threads), portable(seed, format)) << "seed " << seed;
   }
 }
