@@ -1,5 +1,7 @@
 #include "diagnostics/Log.h"
 
+#include "diagnostics/LogLines.h"
+
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
@@ -46,6 +48,14 @@ void Log::start() {
 
 void Log::write(std::string_view message) {
   put(file_, std::ios::app, now().append(" | ").append(message).append(kLineEnd));
+}
+
+void writeLines(const Log& log, std::span<const std::string> messages) {
+  if (messages.empty()) return;
+  const std::string time = now() + " | ";
+  std::string text;
+  for (const std::string& message : messages) text.append(time).append(message).append(kLineEnd);
+  put(log.path(), std::ios::app, text);
 }
 
 void Log::writeError(std::string_view message, std::string_view description, long number) {

@@ -1,6 +1,6 @@
 #include "mesh/LoadThreeDs.h"
 
-#include "mesh/Build.h"
+#include "diagnostics/LogLines.h"
 #include "mesh/FileNames.h"
 #include "mesh/ThreeDs.h"
 #include "platform/host/Files.h"
@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <span>
 #include <unordered_map>
 #include <utility>
 #include <variant>
@@ -47,13 +48,19 @@ class Loader {
       if (chunk.fault) logError(chunk.fault->number(), chunk.fault->what());
       guarded([&] { apply(chunk); });
       if (!chunk.label.empty()) label_ = chunk.label;
-      context_.log.write("  ##  " + hexadecimal(chunk.id) + " (" + label_ + ")");
+      lines_.push_back("  ##  " + hexadecimal(chunk.id) + " (" + label_ + ")");
     }
     if (file.fault) logError(file.fault->number(), file.fault->what());
   }
 
+  /// Lines are kept and written together; whatever else logs something gets those before it written first.
+  void log(const std::string& line) { lines_.push_back(line); }
+  void flush() {
+    diagnostics::writeLines(context_.log, lines_);
+    lines_.clear();
+  }
   void logError(std::int32_t number, const std::string& text) {
-    context_.log.write("Error in 3Ds loader : " + std::to_string(number) + " " + text);
+    lines_.push_back("Error in 3Ds loader : " + std::to_string(number) + " " + text);
   }
 
   /// What fails is logged, and the load goes on.
@@ -145,6 +152,7 @@ class Loader {
       throw host::FileFault(host::Fault::TooLarge, "number of textures", 0, textures_, kMostTextures);
     std::string path = folder_ + file;
     std::int32_t width = -1, height = -1, colorKey = 0;
+    flush();
     materials_.back().texture = render::loadTexture(context_, path, "", width, height, colorKey)->index;
   }
 
@@ -176,34 +184,53 @@ class Loader {
     set(MaterialColor::Emissive, {0, 0, 0, 0});
   }
 
+  /// Appends the triangles as addVertex would one by one; a triangle comes whole or not at all.
   void addFaces(const std::vector<ThreeDsFace>& faces) {
     const std::size_t positions = positions_ ? positions_->size() : 0;
-    std::size_t bad = 0;
-    for (const ThreeDsFace& face : faces) {
-      if (std::all_of(face.corners.begin(), face.corners.end(), [&](std::size_t i) { return i < positions; })) {
-        addTriangle(face);
-      } else {
-        ++bad;
-      }
-    }
-    if (bad > 0)
+    std::vector<ThreeDsFace> good;
+    good.reserve(faces.size());
+    for (const ThreeDsFace& face : faces)
+      if (*std::max_element(face.corners.begin(), face.corners.end()) < positions) good.push_back(face);
+
+    MeshRecord& record = meshRecord(context_, mesh_.slot);
+    if (mesh_.currentGroup < 0 || static_cast<std::size_t>(mesh_.currentGroup) >= record.groups.size())
+      throw engine::EngineError(engine::kSubscript, "Subscript out of range");
+    const std::int32_t inGroup = record.groups[static_cast<std::size_t>(mesh_.currentGroup)].count;
+    const std::int32_t room = open_ ? kMaxVertices - std::max(record.vertexCount, inGroup) : 0;
+    const std::size_t fitting = std::min(good.size(), static_cast<std::size_t>(std::max(room, 0)) / 3);
+    appendTriangles(record, std::span(good).first(fitting));
+    noteChange(context_, mesh_.slot);
+    if (const std::size_t bad = faces.size() - good.size(); bad > 0)
       throw host::FileFault(host::Fault::BadReference, "vertex of " + std::to_string(bad) + " faces", 0, bad,
                             positions);
+    if (fitting < good.size()) throw engine::EngineError(engine::kOverflow, "Overflow");
   }
 
-  void addTriangle(const ThreeDsFace& face) {
-    MeshRecord& record = meshRecord(context_, mesh_.slot);
-    // A triangle comes whole or not at all.
-    if (!open_ || record.vertexCount > kMaxVertices - 3) throw engine::EngineError(engine::kOverflow, "Overflow");
-    const auto at = [&](std::size_t k) { return (*positions_)[face.corners[k]]; };
-    const math::Vec3 normal = math::normalize(math::cross(math::subtract(at(1), at(0)), math::subtract(at(2), at(0))));
-    for (std::size_t k = 0; k < 3; ++k) {
-      const math::Vec3 p = at(k);
-      std::array<float, 2> uv{};
-      if (mapped_ && face.corners[k] < coords_->size()) uv = (*coords_)[face.corners[k]];
-      addVertex(context_, mesh_, {p.x, p.y, p.z, normal.x, normal.y, normal.z, uv[0], 1 - uv[1], uv[0], 1 - uv[1]},
-                kWhite);
+  void appendTriangles(MeshRecord& record, std::span<const ThreeDsFace> faces) {
+    auto at = static_cast<std::size_t>(record.vertexCount);
+    const std::size_t count = at + faces.size() * 3;
+    record.normalVertices.resize(count + 1);
+    record.colorVertices.resize(count + 1);
+    MeshGroup& group = record.groups[static_cast<std::size_t>(mesh_.currentGroup)];
+    group.indices.reserve(group.indices.size() + faces.size() * 3);
+    for (const ThreeDsFace& face : faces) {
+      const auto corner = [&](std::size_t k) { return (*positions_)[face.corners[k]]; };
+      const math::Vec3 n =
+          math::normalize(math::cross(math::subtract(corner(1), corner(0)), math::subtract(corner(2), corner(0))));
+      for (std::size_t k = 0; k < 3; ++k, ++at) {
+        const math::Vec3 p = corner(k);
+        std::array<float, 2> uv{};
+        if (mapped_ && face.corners[k] < coords_->size()) uv = (*coords_)[face.corners[k]];
+        const float u = uv[0], v = 1 - uv[1];
+        record.normalVertices[at] = {p.x, p.y, p.z, n.x, n.y, n.z, u, v, u, v};
+        record.colorVertices[at] = {p.x, p.y, p.z, kWhite, 0, u, v, u, v};
+        group.indices.push_back(static_cast<std::int16_t>(at));
+      }
     }
+    record.normalVertices[count] = {};
+    record.colorVertices[count] = {};
+    group.count = static_cast<std::int16_t>(group.count + faces.size() * 3);
+    record.vertexCount = static_cast<std::int32_t>(count);
   }
 
   engine::EngineContext& context_;
@@ -215,6 +242,7 @@ class Loader {
   const std::vector<std::array<float, 2>>* coords_ = nullptr;
   bool mapped_ = false, firstMap_ = false;
   std::size_t color_ = 0, textures_ = 0;
+  std::vector<std::string> lines_;
   std::vector<FileMaterial> materials_;
   std::unordered_map<std::string, std::vector<std::size_t>> byName_;  ///< in order
   std::unordered_map<std::string, std::size_t> applied_;              ///< of byName_, how many have their colours
@@ -225,11 +253,12 @@ class Loader {
 void loadThreeDs(engine::EngineContext& context, MeshHandle& mesh, std::string& fileName) {
   meshRecord(context, mesh.slot).primitiveType = kTriangleList;
   context.pak.expand(fileName);
-  context.log.write("Loading 3DS mesh : " + fileName + "...");
   Loader loader(context, mesh, folderOf(fileName));
+  loader.log("Loading 3DS mesh : " + fileName + "...");
   loader.guarded([&] { loader.load(parseThreeDs(host::readFile(fileName))); });
+  loader.log("End of 3DS Loading.");
+  loader.flush();
   context.pak.deleteExpanded(fileName);
-  context.log.write("End of 3DS Loading.");
 }
 
 }  // namespace ql::mesh
