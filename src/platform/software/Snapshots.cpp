@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstring>
 #include <type_traits>
 
@@ -33,53 +34,66 @@ std::uint64_t hashOf(std::span<const std::byte> bytes) {
 
 }  // namespace
 
-const Pipeline* Snapshots::find(const device::DrawPacket& packet,
-                                const std::array<const TextureData*, device::kStages>& textures, bool white) {
-  const device::State& state = *packet.state;
-  key_.resize(kAlwaysRead);
-  std::memcpy(key_.data(), &state, kAlwaysRead);
-  append(key_, packet.vertexFormat);
-  append(key_, std::uint32_t{white});
-  append(key_, textures);
-  if (state.render.lighting != 0) {
-    append(key_, state.material);
-    for (std::uint32_t i = 0; i < device::kLights; ++i)
-      if (state.lightEnabled[i]) append(key_, state.lights[i]);
-  }
-  hash_ = hashOf(key_);
-  if (slots_.empty()) return nullptr;
-  for (std::size_t slot = hash_ & (slots_.size() - 1); slots_[slot] != kFree; slot = (slot + 1) & (slots_.size() - 1)) {
+std::uint32_t Numbering::number(std::span<const std::byte> key) {
+  const std::uint64_t hash = hashOf(key);
+  if ((entries_.size() + 1) * 2 > slots_.size()) grow();
+  const std::size_t mask = slots_.size() - 1;
+  std::size_t slot = hash & mask;
+  for (; slots_[slot] != kFree; slot = (slot + 1) & mask) {
     const Entry& entry = entries_[slots_[slot]];
-    if (entry.hash == hash_ && std::ranges::equal(entry.key, key_)) return entry.pipeline;
+    if (entry.hash == hash && std::ranges::equal(entry.key, key)) return slots_[slot];
   }
-  return nullptr;
+  std::byte* kept = keys_.allocate(key.size());
+  std::ranges::copy(key, kept);
+  slots_[slot] = size();
+  entries_.push_back({hash, {kept, key.size()}});
+  return size() - 1;
 }
 
-void Snapshots::add(const Pipeline* pipeline) {
-  std::byte* kept = keys_.allocate(key_.size());
-  std::ranges::copy(key_, kept);
-  entries_.push_back({hash_, {kept, key_.size()}, pipeline});
-  if (entries_.size() * 2 > slots_.size())
-    grow();
-  else
-    place(static_cast<std::uint32_t>(entries_.size() - 1));
-}
-
-void Snapshots::place(std::uint32_t entry) {
-  std::size_t slot = entries_[entry].hash & (slots_.size() - 1);
-  while (slots_[slot] != kFree) slot = (slot + 1) & (slots_.size() - 1);
-  slots_[slot] = entry;
-}
-
-void Snapshots::grow() {
+void Numbering::grow() {
   slots_.assign(std::max<std::size_t>(slots_.size() * 2, 64), kFree);
-  for (std::uint32_t i = 0; i < entries_.size(); ++i) place(i);
+  const std::size_t mask = slots_.size() - 1;
+  for (std::uint32_t i = 0; i < size(); ++i) {
+    std::size_t slot = entries_[i].hash & mask;
+    while (slots_[slot] != kFree) slot = (slot + 1) & mask;
+    slots_[slot] = i;
+  }
 }
 
-void Snapshots::clear() {
+void Numbering::clear() {
   entries_.clear();
   std::ranges::fill(slots_, kFree);
   keys_.reset();
+}
+
+const Pipeline*& Snapshots::find(const device::DrawPacket& packet,
+                                 const std::array<const TextureData*, device::kStages>& textures, bool white) {
+  const device::State& state = *packet.state;
+  if (states_.size() == 0 || version_ != packet.stateVersion) {
+    version_ = packet.stateVersion;
+    key_.resize(kAlwaysRead);
+    std::memcpy(key_.data(), &state, kAlwaysRead);
+    if (state.render.lighting != 0) {
+      append(key_, state.material);
+      for (std::uint32_t i = 0; i < device::kLights; ++i)
+        if (state.lightEnabled[i]) append(key_, state.lights[i]);
+    }
+    state_ = states_.number(key_);
+  }
+  key_.clear();
+  append(key_, state_);
+  append(key_, packet.vertexFormat);
+  append(key_, std::uint64_t{white});
+  append(key_, textures);
+  const std::uint32_t kind = kinds_.number(key_);
+  if (kind == pipelines_.size()) pipelines_.push_back(nullptr);
+  return pipelines_[kind];
+}
+
+void Snapshots::clear() {
+  states_.clear();
+  kinds_.clear();
+  pipelines_.clear();
 }
 
 }  // namespace ql::software

@@ -156,14 +156,14 @@ const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, c
   white_ = isWhite;
   std::array<const TextureData*, device::kStages> reads{};
   std::ranges::transform(data, reads.begin(), [](const auto& texture) { return texture.get(); });
-  pipeline_ = snapshots_.find(packet, reads, isWhite);
-  if (!pipeline_) {
+  const Pipeline*& known = snapshots_.find(packet, reads, isWhite);
+  if (!known) {
     Pipeline& made = frame_.addPipeline();
     makePipeline(packet, target, textures, isWhite, made);
     frame_.finish(made);
-    snapshots_.add(&made);
-    pipeline_ = &made;
+    known = &made;
   }
+  pipeline_ = known;
   pipelineTextures_ = std::move(data);
   return pipeline_;
 }
