@@ -1,5 +1,6 @@
 #include "level/Level.h"
 
+#include "engine/OpenTarget.h"
 #include "level/EntityText.h"
 #include "level/LevelState.h"
 #include "level/LoadingPanel.h"
@@ -37,6 +38,25 @@ void loadByKind(LevelState& level, std::string& fileName, const LoadOptions& opt
     throw host::FileFault(host::Fault::Truncated, "level identifier", 0, kIdentifierSize, file.size());
   loadHalfLife(level, std::move(file), options);
 }
+
+/// While a render surface is drawn: a list of visible faces of its own, made anew. The surface's camera has nothing to
+/// do with the frame's, whose list stays as it is.
+class OwnList {
+ public:
+  explicit OwnList(LevelState& level) : level_(level), apart_(level.context.get<engine::OpenTarget>().end != nullptr) {
+    if (apart_) std::swap(level_.visible, list_);
+  }
+  ~OwnList() {
+    if (apart_) std::swap(level_.visible, list_);
+  }
+  OwnList(const OwnList&) = delete;
+  OwnList& operator=(const OwnList&) = delete;
+
+ private:
+  LevelState& level_;
+  bool apart_;
+  VisibleFaces list_;
+};
 
 }  // namespace
 
@@ -88,6 +108,7 @@ void Level::copyTexturesTo(const std::string& folder, bool numbered) {
 
 void Level::render() {
   impl_->context.requireDevice();
+  const OwnList list(*impl_);
   if (impl_->kind == LevelKind::Quake3)
     renderQuake3(*impl_);
   else

@@ -113,7 +113,7 @@ void RenderSurface::startRender() {
   engine::endOpenTarget(context_);
   if (&context_.requireDevice() != device_.get()) makeTarget();
   const math::Viewport whole{0, 0, static_cast<std::int32_t>(width_), static_cast<std::int32_t>(height_), 0, 1};
-  target_->beginScene(texture_, 0, whole);
+  target_->beginScene(texture_, 0, whole, utility::LevelContents::Discard);
   before_ = engineView();
   rendering_ = true;
   context_.get<engine::OpenTarget>().end = [this] {

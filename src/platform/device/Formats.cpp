@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace ql::device {
 namespace {
@@ -48,7 +49,7 @@ const Layout& layoutOf(Format format) {
 }
 
 // Repeats the bits of a value until they fill 8, so that all ones become 255 and all zeros 0.
-std::uint32_t expand(std::uint32_t pixel, Channel channel, std::uint32_t missing) {
+constexpr std::uint32_t expand(std::uint32_t pixel, Channel channel, std::uint32_t missing) {
   if (channel.bits == 0) return missing;
   const std::uint32_t limit = (1u << channel.bits) - 1;
   std::uint32_t value = ((pixel >> channel.shift) & limit) << (8 - channel.bits);
@@ -57,17 +58,17 @@ std::uint32_t expand(std::uint32_t pixel, Channel channel, std::uint32_t missing
 }
 
 // The nearest value of the narrower channel.
-std::uint32_t narrow(std::uint32_t value, Channel channel) {
-  const std::uint32_t limit = (1u << channel.bits) - 1;
-  return ((value * limit + 127) / 255) << channel.shift;
+constexpr std::uint32_t narrow(std::uint32_t value, Channel channel) {
+  const std::uint32_t limit = (1u << channel.bits) - 1, scaled = value * limit + 127;
+  return (scaled + 1 + (scaled >> 8)) >> 8 << channel.shift;  // scaled / 255, exactly, below 2^16
 }
 
-std::uint32_t decoded(const Layout& layout, std::uint32_t value) {
+constexpr std::uint32_t decoded(const Layout& layout, std::uint32_t value) {
   return expand(value, layout.alpha, 255) << 24 | expand(value, layout.red, 0) << 16 |
          expand(value, layout.green, 0) << 8 | expand(value, layout.blue, 0);
 }
 
-std::uint32_t encoded(const Layout& layout, std::uint32_t argb) {
+constexpr std::uint32_t encoded(const Layout& layout, std::uint32_t argb) {
   const std::uint32_t red = argb >> 16 & 255, green = argb >> 8 & 255, blue = argb & 255;
   const std::uint32_t alpha = narrow(argb >> 24, layout.alpha);
   if (layout.red.bits != 0 && layout.red.shift == layout.blue.shift) {
@@ -81,6 +82,40 @@ void requireSameCount(const Layout& layout, std::size_t bytes, std::size_t colou
   if (bytes / layout.bytes != colours || bytes % layout.bytes != 0)
     throw DeviceError(kErrorInvalidCall, std::to_string(bytes) + " bytes for " + std::to_string(colours) +
                                              " pixels of " + std::to_string(layout.bytes) + " bytes");
+}
+
+// Rows of pixels, with a layout that the compiler knows: some ten times as fast as one that it does not.
+static_assert(std::endian::native == std::endian::little);
+template <std::size_t kIndex>
+void decodeRow(std::span<const std::byte> pixels, std::span<std::uint32_t> argb) {
+  constexpr Layout kLayout = kLayouts[kIndex];
+  for (std::size_t i = 0; i < argb.size(); ++i) {
+    std::uint32_t value = 0;
+    std::memcpy(&value, pixels.data() + i * kLayout.bytes, kLayout.bytes);
+    argb[i] = decoded(kLayout, value);
+  }
+}
+template <std::size_t kIndex>
+void encodeRow(std::span<const std::uint32_t> argb, std::span<std::byte> pixels) {
+  constexpr Layout kLayout = kLayouts[kIndex];
+  for (std::size_t i = 0; i < argb.size(); ++i) {
+    const std::uint32_t value = encoded(kLayout, argb[i]);
+    std::memcpy(pixels.data() + i * kLayout.bytes, &value, kLayout.bytes);
+  }
+}
+
+struct RowCodec {
+  void (*decode)(std::span<const std::byte>, std::span<std::uint32_t>);
+  void (*encode)(std::span<const std::uint32_t>, std::span<std::byte>);
+};
+template <std::size_t... kIndices>
+constexpr std::array<RowCodec, sizeof...(kIndices)> rowCodecs(std::index_sequence<kIndices...> /*all*/) {
+  return {RowCodec{decodeRow<kIndices>, encodeRow<kIndices>}...};
+}
+constexpr std::array kRowCodecs = rowCodecs(std::make_index_sequence<kLayouts.size()>());
+
+const RowCodec& codecOf(const Layout& layout) {
+  return kRowCodecs[static_cast<std::size_t>(&layout - kLayouts.data())];
 }
 
 }  // namespace
@@ -112,30 +147,13 @@ std::uint32_t fromArgb(Format format, std::uint32_t argb) { return encoded(layou
 void toArgb(Format format, std::span<const std::byte> pixels, std::span<std::uint32_t> argb) {
   const Layout& layout = layoutOf(format);
   requireSameCount(layout, pixels.size(), argb.size());
-  if (format == Format::A8R8G8B8) {
-    if (!argb.empty()) std::memcpy(argb.data(), pixels.data(), pixels.size());
-    return;
-  }
-  for (std::size_t i = 0; i < argb.size(); ++i) {
-    std::uint32_t value = 0;
-    for (std::size_t byte = 0; byte < layout.bytes; ++byte)
-      value |= std::to_integer<std::uint32_t>(pixels[i * layout.bytes + byte]) << (8 * byte);
-    argb[i] = decoded(layout, value);
-  }
+  codecOf(layout).decode(pixels, argb);
 }
 
 void fromArgb(Format format, std::span<const std::uint32_t> argb, std::span<std::byte> pixels) {
   const Layout& layout = layoutOf(format);
   requireSameCount(layout, pixels.size(), argb.size());
-  if (format == Format::A8R8G8B8) {
-    if (!argb.empty()) std::memcpy(pixels.data(), argb.data(), pixels.size());
-    return;
-  }
-  for (std::size_t i = 0; i < argb.size(); ++i) {
-    const std::uint32_t value = encoded(layout, argb[i]);
-    for (std::size_t byte = 0; byte < layout.bytes; ++byte)
-      pixels[i * layout.bytes + byte] = static_cast<std::byte>(value >> (8 * byte));
-  }
+  codecOf(layout).encode(argb, pixels);
 }
 
 std::uint32_t fullLevelCount(std::uint32_t width, std::uint32_t height) {

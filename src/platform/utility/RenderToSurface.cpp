@@ -44,7 +44,7 @@ struct RenderToSurface::Impl {
     directTexture = nullptr;
   }
 
-  TargetId targetFor(const std::shared_ptr<device::Texture>& to, std::uint32_t at) {
+  TargetId targetFor(const std::shared_ptr<device::Texture>& to, std::uint32_t at, LevelContents contents) {
     const device::TextureDescription& description = to->description();
     if (description.renderTarget && description.format == size.format) {
       if (direct == TargetId::None || directTexture != to || directLevel != at) {
@@ -56,10 +56,12 @@ struct RenderToSurface::Impl {
       return direct;
     }
     if (own == TargetId::None) own = device.createTarget(size.width, size.height, size.format);
-    const images::Image before =
-        imageFromPixels(to->readLevel(at), std::uint64_t{size.width} * device::bytesPerPixel(description.format),
-                        to->levelDescription(at));
-    device.writeTarget(own, pixelsFromImage(before, size.format));
+    if (contents == LevelContents::Keep) {
+      const images::Image before =
+          imageFromPixels(to->readLevel(at), std::uint64_t{size.width} * device::bytesPerPixel(description.format),
+                          to->levelDescription(at));
+      device.writeTarget(own, pixelsFromImage(before, size.format));
+    }
     texture = to;
     level = at;
     return own;
@@ -97,7 +99,7 @@ RenderToSurface::RenderToSurface(device::Device& device, std::uint32_t width, st
 RenderToSurface::~RenderToSurface() = default;
 
 void RenderToSurface::beginScene(const std::shared_ptr<device::Texture>& texture, std::uint32_t level,
-                                 const math::Viewport& viewport) {
+                                 const math::Viewport& viewport, LevelContents contents) {
   Impl& r = *impl_;
   if (!texture) throw device::DeviceError(device::kErrorInvalidCall, "a render surface without a texture");
   const device::SurfaceDescription size = texture->levelDescription(level);
@@ -110,7 +112,7 @@ void RenderToSurface::beginScene(const std::shared_ptr<device::Texture>& texture
   r.active = true;
   r.viewport = r.device.getViewport();
   try {
-    r.device.setRenderTarget(r.targetFor(texture, level), r.size.width, r.size.height);
+    r.device.setRenderTarget(r.targetFor(texture, level, contents), r.size.width, r.size.height);
     r.device.setViewport(viewport);
   } catch (...) {
     r.leave();
