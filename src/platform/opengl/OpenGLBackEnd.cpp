@@ -161,7 +161,7 @@ class OpenGLBackEnd final : public device::BackEnd {
       gpu_->painter.endFrame();
     }
     release(*context_);
-    if (!picture.empty()) window->show({target.width(), target.height(), target.width(), picture.data()});
+    if (window && !picture.empty()) window->show({target.width(), target.height(), target.width(), picture.data()});
   }
 
  private:
