@@ -77,7 +77,7 @@ void showWindow(Stage& stage, Subject& subject, const Options& options, const st
   View view = firstView(subject.kind(), options);
   Hands hands;
   for (int i = 0; !stage.engine().CloseRequested() && !hands.done() && (!options.frames || i < *options.frames); ++i) {
-    stage.frame(subject, view, caption);
+    stage.frame(subject, view, i == 0 ? "" : caption);
     if (options.fixedStep) stage.advance(static_cast<std::uint32_t>(*options.fixedStep));
     hands.move(view, stage.engine().TimeElapsed() / 1000.0);
   }

@@ -101,6 +101,7 @@ void Stage::frame(Subject& subject, const View& view, const std::string& caption
   subject.draw();
   if (!caption.empty()) scene_.DrawText(caption, 10, 10);
   engine_.RenderToScreen();
+  if (caption.empty()) triangles_ = internals_.GetFrameStatistics().triangles;
 }
 
 void Stage::forgetThePast(const Subject& subject, const View& view) {

@@ -34,7 +34,8 @@ class Stage {
   /// Makes the next frame independent of those before, and lets time pass.
   void forgetThePast(const Subject& subject, const View& view);
   walk::Picture picture() const;
-  std::uint64_t triangles() const { return internals_.GetFrameStatistics().triangles; }
+  /// Of the last frame without a caption.
+  std::uint64_t triangles() const { return triangles_; }
   void advance(std::uint32_t ms) { *time_ += ms; }
   const std::string& device() const { return device_; }
 
@@ -51,6 +52,7 @@ class Stage {
   ql::LightEngine8 lights_;
   std::int16_t key_ = 0, fill_ = 0;
   std::string device_;
+  std::uint64_t triangles_ = 0;
   ql::Vec3 center_;
   double radius_ = 1, fitting_ = 1;  ///< of the sphere around it; the distance at which all is in view
 };
