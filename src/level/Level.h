@@ -14,7 +14,7 @@ namespace ql::level {
 /// Levels differ in how a host asks for them; all are optional.
 struct LoadOptions {
   bool loadLightMaps = true, loadTextures = true, textureNumber = false;
-  std::string texturePath;
+  std::string texturePath = {};
   bool createDynamicLights = false, createMipmaps = true;
 };
 

@@ -1,6 +1,7 @@
 #include "level/Visibility.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cmath>
 #include <utility>
@@ -140,11 +141,12 @@ void sortByKey(std::vector<VisibleFace>& faces) {
   }
 }
 
-void VisibleFaces::reset() {
-  const std::uint32_t next = version_ + 1;
-  *this = VisibleFaces();
-  version_ = next;
+std::uint32_t VisibleFaces::nextVersion() {
+  static std::atomic<std::uint32_t> last{0};
+  return ++last;
 }
+
+void VisibleFaces::reset() { *this = VisibleFaces(); }
 
 void VisibleFaces::update(const LevelData& level, const View& view) {
   const math::Vec3 direction = math::normalize(math::subtract(view.lookAt, view.position));
@@ -191,13 +193,13 @@ void VisibleFaces::listAll(const LevelData& level) {
     list_.push_back({static_cast<std::int32_t>(i), level.faces[i].key});
   sortByKey(list_);
   marks_.clear();
-  ++version_;
+  version_ = nextVersion();
   holdsAll_ = true;
 }
 
 void VisibleFaces::rebuild(const LevelData& level, const View& view) {
   marks_.assign(level.faces.size(), 0);
-  ++version_;
+  version_ = nextVersion();
   list_.clear();
   holdsAll_ = false;
   for (std::size_t i = 1; i < level.leaves.size(); ++i) {

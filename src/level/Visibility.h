@@ -57,12 +57,13 @@ class VisibleFaces {
   /// Whether the last rebuild found a face. Before the first one, and while the list holds all faces, every face
   /// counts.
   bool contains(std::size_t face) const { return marks_.empty() || marks_[face] != 0; }
-  /// Differs whenever contains() may answer otherwise than before.
+  /// Differs whenever contains() may answer otherwise than before, from the versions of other lists too.
   std::uint32_t version() const { return version_; }
   /// Where the camera is: a cluster, or a leaf of a Half-Life level.
   std::int32_t cluster() const { return cluster_; }
 
  private:
+  static std::uint32_t nextVersion();
   bool enterCluster(const LevelData& level, const View& view);
   bool clusterVisible(std::int32_t cluster) const;
   void listAll(const LevelData& level);
@@ -75,7 +76,7 @@ class VisibleFaces {
   math::Vec3 lastPosition_{-9999, -9999, -9999};
   math::Vec3 lastDirection_;
   std::uint32_t lastRebuild_ = 0;  ///< ticks
-  std::uint32_t version_ = 0;
+  std::uint32_t version_ = nextVersion();
   bool holdsAll_ = false;
 };
 
