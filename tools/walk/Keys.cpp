@@ -41,6 +41,7 @@ Wish Keys::read(double seconds) const {
   wish.turn = turning * kTurnSpeed * seconds + x * kDegreesPerPixel;
   wish.tilt = -y * kDegreesPerPixel;
   wish.steers = wish.forward != 0 || wish.aside != 0 || turning != 0 || button != 0;
+  wish.jump = input_.IsKeyPressed(QL_KEY_SPACE);
   wish.leave = input_.IsKeyPressed(QL_KEY_ESCAPE);
   return wish;
 }

@@ -16,6 +16,7 @@ struct Wish {
   double forward = 0, aside = 0;  ///< -1 to 1; aside to the right
   double turn = 0, tilt = 0;      ///< to the right; upwards
   bool steers = false;            ///< a key of motion or a mouse button is pressed
+  bool jump = false;              ///< Space
   bool leave = false;             ///< Escape
 };
 

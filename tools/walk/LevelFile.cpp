@@ -213,4 +213,12 @@ std::vector<Pose> playerStarts(const fs::path& levelFile) {
   return tour(std::move(starts));
 }
 
+std::vector<Point> pathCorners(const fs::path& levelFile) {
+  std::vector<Point> corners;
+  for (const Pose& pose : posesOf(parseEntities(readLump(levelFile, &Lumps::entities)),
+                                  [](const std::string& name) { return name == "path_corner"; }))
+    corners.push_back(pose.eye);
+  return corners;
+}
+
 }  // namespace walk

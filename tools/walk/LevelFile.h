@@ -33,4 +33,7 @@ float levelDiagonal(const std::filesystem::path& levelFile);
 /// @throws Failure Unreadable; Malformed when the file is no level
 std::vector<Pose> playerStarts(const std::filesystem::path& levelFile);
 
+/// The level's path corners in their order, world coordinates: a way that somebody can walk.
+std::vector<Point> pathCorners(const std::filesystem::path& levelFile);
+
 }  // namespace walk

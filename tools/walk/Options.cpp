@@ -82,7 +82,14 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   app.add_option("--stages", options.stages,
                  "write what each thread does when, for a trace viewer (chrome://tracing, ui.perfetto.dev)")
       ->type_name("FILE");
+  app.add_flag(
+      "--overlay", options.overlay,
+      "show the frame rate and the last frame's numbers in the pictures, and what loading shows (loading.png)");
   app.add_flag("--no-pictures", options.noPictures, "draw, write no pictures (and timings only with --json)");
+  app.add_flag(
+      "--play", options.play,
+      "walk on the floors, up steps and against walls: along the level's path corners to the last one (or about\n"
+      "at random where it has none); with --window by keys: arrows or W A S D, Space jumps, the mouse looks");
   auto* window = app.add_flag("--window", options.window,
                               "show the flight in a window, write no pictures; arrow keys, W A S D or a click of the\n"
                               "mouse take over, then the mouse looks around; Escape ends");
@@ -111,6 +118,8 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   options.curves = curves == "low" ? 0 : curves == "normal" ? 1 : 2;
   if (!size.empty()) parseSize(size, options);
   if (options.window && options.poses) throw Failure(ExitCode::Usage, "--window shows a flight: --poses excludes it");
+  if (options.play && options.poses) throw Failure(ExitCode::Usage, "--play goes its own way: --poses excludes it");
+  if (options.play && options.replay) throw Failure(ExitCode::Usage, "--play excludes --replay");
   if (options.replay && options.poses) throw Failure(ExitCode::Usage, "--replay excludes --poses");
   options.talk = quiet ? Talk::Quiet : verbose ? Talk::Verbose : Talk::Normal;
   return options;

@@ -31,8 +31,10 @@ struct Options {
   std::optional<std::string> json;              ///< file, or "-" for standard output
   std::optional<std::filesystem::path> trace;   ///< file for the device's calls
   std::optional<std::filesystem::path> stages;  ///< file for what each thread does when
+  bool overlay = false;                         ///< numbers over the pictures, and a picture of the loading panel
   bool noPictures = false;
   bool window = false;
+  bool play = false;                                    ///< walk on the level's floors
   std::optional<std::filesystem::path> record, replay;  ///< files of sessions
   Talk talk = Talk::Normal;
 };

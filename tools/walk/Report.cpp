@@ -37,9 +37,10 @@ std::string Report::json() const {
                                 {"p95_ms", rounded(quantile(0.95))},
                                 {"peak_bytes", peakBytes()},
                                 {"frames", nlohmann::ordered_json::array()}};
-  for (const auto& [ms, s] : frames) {
+  for (const auto& [ms, s, fps, overlay] : frames) {
     nlohmann::ordered_json& frame = out["frames"].emplace_back();
     frame = {{"ms", rounded(ms)}, {"faces", s.faces}, {"triangles", s.triangles}, {"draw_calls", s.drawCalls}};
+    if (!overlay.empty()) frame.update({{"fps", std::lround(fps)}, {"overlay", overlay}});
     if (device != "ref") continue;  // the other doesn't know
     frame.update({{"culled", s.trianglesCulled},
                   {"clipped", s.trianglesClipped},

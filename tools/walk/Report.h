@@ -13,6 +13,8 @@ namespace walk {
 struct FrameReport {
   double ms = 0;
   Quasarlens3D::FrameStatistics statistics;
+  float framesPerSecond = 0;         ///< as the engine counts them, by its clock
+  std::vector<std::string> overlay;  ///< what stood over the picture
 };
 
 struct Report {

@@ -4,10 +4,13 @@
 #include "Flight.h"
 #include "Keys.h"
 #include "LevelFile.h"
+#include "Overlay.h"
 #include "Picture.h"
+#include "Player.h"
 #include "PrivateHome.h"
 #include "Progress.h"
 #include "Report.h"
+#include "Route.h"
 #include "Session.h"
 
 #include <Quasarlens3D/Quasarlens3D.h>
@@ -18,6 +21,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <fmt/format.h>
@@ -31,6 +35,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kDefaultFrames = 120, kDefaultPictures = 24;
+constexpr int kDefaultPlayFrames = 6000;
+constexpr double kDegrees = 180 / 3.14159265358979;
 constexpr int kDefaultStep = 16;            // milliseconds
 constexpr std::uint32_t kPastCache = 2001;  // milliseconds after which the level takes its visible set anew
 constexpr double kWindowSpeed = 160;        // world units per second
@@ -58,9 +64,10 @@ class Stage {
     startDevice(options);
     std::string base = place.base.string();
     engine_.SetSearchDirectory(base);
-    level_.SetParameters(ql::True, options.noPvs ? ql::False : ql::True);
+    // Who walks may run into what is not seen.
+    setVisibility(!options.noPvs && !options.play);
     level_.SetCurvePrecision(options.curves);
-    engine_.Console(ql::False);
+    engine_.Console(options.overlay ? ql::True : ql::False);
     // The package that is opened last is looked into first.
     std::vector<fs::path> packages = findPackages(place, options.packages);
     std::reverse(packages.begin(), packages.end());
@@ -68,6 +75,12 @@ class Stage {
     const Clock::time_point start = Clock::now();
     level_.Load(place.name);
     report.loadMs = millisecondsSince(start);
+    setVisibility(!options.noPvs && !options.play);  // some kinds of levels set their own
+    report.level = place.name;
+    if (!options.overlay) return;
+    loading = picture();
+    overlay_.emplace();
+    engine_.DisplayFPS(ql::True);
   }
 
   /// Draws one frame; the time is taken until the picture is finished.
@@ -76,10 +89,12 @@ class Stage {
     const Clock::time_point start = Clock::now();
     engine_.Clear();
     level_.Render();
+    std::vector<std::string> lines;
+    if (overlay_) lines = overlay_->draw(report);
     engine_.RenderToScreen();
     internals_.GetBackbuffer().Wait();
     const double ms = millisecondsSince(start);
-    report.frames.push_back({ms, internals_.GetFrameStatistics()});
+    report.frames.push_back({ms, internals_.GetFrameStatistics(), engine_.GetFPS(), std::move(lines)});
   }
 
   /// Makes the next frame's picture independent of all frames before: an empty frame takes the pose's frustum planes,
@@ -114,7 +129,11 @@ class Stage {
   double now() const { return static_cast<std::uint32_t>(engine_.TickCount()) / 1000.0; }
   double frameSeconds() const { return engine_.TimeElapsed() / 1000.0; }
 
+  const ql::BSPTree8& level() const { return level_; }
+  const ql::Scene8& scene() const { return scene_; }
+
   Report report;
+  std::optional<Picture> loading;  ///< what the screen showed at last while the level was loaded
 
  private:
   void startDevice(const Options& options) {
@@ -131,6 +150,8 @@ class Stage {
     engine_.GetVideoMode(report.width, report.height, format);
   }
 
+  void setVisibility(bool on) { level_.SetParameters(ql::True, on ? ql::True : ql::False); }
+
   void setCamera(const Pose& pose) {
     const Point look = distance(pose.eye, pose.look) > 1e-3 ? pose.look : pose.eye + Point{0, 0, 1};
     camera_.SetCamera(pose.eye.x, pose.eye.y, pose.eye.z, look.x, look.y, look.z);
@@ -142,6 +163,7 @@ class Stage {
   ql::Scene8 scene_;
   ql::Camera8 camera_;
   ql::BSPTree8 level_;
+  std::optional<Overlay> overlay_;
 };
 
 /// The level's own path when there is one beside it, else its player starts.
@@ -204,6 +226,66 @@ void showFlight(Stage& session, const Options& options, const Flight& flight) {
   }
 }
 
+/// Where a player stands first: below the level's first start.
+Point firstFeet(const LevelPlace& place) {
+  const std::vector<Pose> starts = playerStarts(place.file);
+  return starts.empty() ? Point{} : starts.front().eye - Point{0, Player::kEyeHeight / 2, 0};
+}
+
+Pose viewOf(const Player& player, double heading, double pitch) {
+  const double h = heading / kDegrees, p = pitch / kDegrees;
+  const Point ahead{std::sin(h) * std::cos(p), std::sin(p), std::cos(h) * std::cos(p)};
+  return {player.eye(), player.eye() + ahead * 128};
+}
+
+/// A player who goes along the level's path corners, or wanders.
+void playRoute(Stage& session, const Options& options, const LevelPlace& place, ContactSheet& sheet) {
+  Guide guide(pathCorners(place.file));
+  Player player(session.level(), session.scene(), firstFeet(place));
+  const int frames = options.frames.value_or(kDefaultPlayFrames), every = options.every.value_or(60);
+  const int step = options.fixedStep.value_or(kDefaultStep);
+  Progress progress("playing", options.talk != Talk::Quiet);
+  for (int i = 0; i < frames && !guide.arrived(); ++i) {
+    player.move(guide.next(player), step / 1000.0);
+    if (i % every == 0) {
+      const Pose view = viewOf(player, guide.heading(), -6);
+      session.forgetThePast(view);
+      session.frame(view);
+      keepPicture(session, options, fmt::format("play-{:04}.png", i), sheet);
+    }
+    session.advance(static_cast<std::uint32_t>(step));
+    progress.at(i + 1, frames);
+  }
+  const bool routed = guide.arrived() || guide.reached() != 0 || !pathCorners(place.file).empty();
+  if (routed && !guide.arrived())
+    throw Failure(ExitCode::Limit,
+                  fmt::format("after {} steps the player has reached {} places of the path", frames, guide.reached()));
+}
+
+/// A player at the keys.
+void playByHand(Stage& session, const Options& options, const LevelPlace& place) {
+  const Keys keys;
+  Player player(session.level(), session.scene(), firstFeet(place));
+  double heading = 0, pitch = 0;
+  if (const std::vector<Pose> starts = playerStarts(place.file); !starts.empty()) {
+    const Point ahead = starts.front().look - starts.front().eye;
+    heading = std::atan2(ahead.x, ahead.z) * kDegrees;
+  }
+  for (int i = 0; !session.over() && (!options.frames || i < *options.frames); ++i) {
+    const double seconds = session.frameSeconds();
+    const Wish wish = keys.read(seconds);
+    if (wish.leave) break;
+    heading = std::remainder(heading + wish.turn, 360.0);
+    pitch = std::clamp(pitch + wish.tilt, -85.0, 85.0);
+    const double h = heading / kDegrees;
+    player.move({std::sin(h) * wish.forward + std::cos(h) * wish.aside,
+                 std::cos(h) * wish.forward - std::sin(h) * wish.aside, wish.jump},
+                seconds);
+    session.frame(viewOf(player, heading, pitch));
+    if (options.fixedStep) session.advance(static_cast<std::uint32_t>(*options.fixedStep));
+  }
+}
+
 /// The engine tells of a failed load in its log only.
 void checkLog(const PrivateHome& home, Talk talk) {
   std::string fault;
@@ -262,8 +344,16 @@ void run(const Options& given) {
   {
     Stage session(options, place);
     checkLog(home, options.talk);
+    if (session.loading && !inWindow && !options.noPictures) {
+      writePng(options.out / "loading.png", *session.loading);
+      sheet.add(*session.loading);
+    }
     if (options.poses)
       drawPoses(session, options, poses, sheet);
+    else if (options.play && options.window)
+      playByHand(session, options, place);
+    else if (options.play)
+      playRoute(session, options, place, sheet);
     else if (inWindow)
       showFlight(session, options, flight);
     else
@@ -271,7 +361,6 @@ void run(const Options& given) {
     session.finish(options);
     report = std::move(session.report);
   }
-  report.level = place.name;
   if (!sheet.empty()) writePng(options.out / "contact.png", sheet.sheet());
   if (jsonToOutput)
     fmt::print("{}", report.json());
