@@ -9,10 +9,15 @@
 
 #include "platform/software/Coarse.h"
 #include "platform/software/KernelBlend-inl.h"
+#include "platform/software/KernelCells-inl.h"
 #include "platform/software/KernelCombine-inl.h"
 #include "platform/software/KernelLevels-inl.h"
 #include "platform/software/KernelSample-inl.h"
 #include "platform/software/KernelSetUp-inl.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
 
 HWY_BEFORE_NAMESPACE();
 namespace ql::software::HWY_NAMESPACE {
@@ -91,7 +96,7 @@ class Painter {
   void draw(std::span<const TriangleRef> triangles) {
     while (!triangles.empty()) {
       const std::size_t count = std::min<std::size_t>(triangles.size(), kSetUpAtOnce);
-      setUpSome(p_, triangles.first(count), tile_.x, tile_.y, area_, triangles_);
+      setUpSome(p_, triangles.first(count), tile_.x, tile_.y, area_, work_.triangles);
       for (std::size_t slot = 0; slot < count; ++slot) list(slot);
       shadeAll();
       triangles = triangles.subspan(count);
@@ -100,8 +105,6 @@ class Painter {
   }
 
  private:
-  using Item = Workspace::Item;
-  using Slot = Workspace::Slot;
   static constexpr int kSmallSide = 12;  ///< triangles not larger are small
   static constexpr std::size_t kMostItems = Workspace::kMostItems;
   static constexpr std::size_t kItemsOfSmall = (kSmallSide / kBlockSide + 1) * (kSmallSide / kBlockSide + 1);
@@ -110,9 +113,9 @@ class Painter {
 
   /// Lists the blocks of a triangle that was set up.
   HWY_INLINE void list(std::size_t slot) {
-    const Triangle& t = triangles_[slot];
+    const Triangle& t = work_.triangles[slot];
     if (t.x0 > t.x1 || t.y0 > t.y1) return;
-    Slot& s = slots_[slot];
+    Workspace::Slot& s = work_.slots[slot];
     for (int i = 0; i < kLanes; i += kWidth) {
       const Floats column = hn::Load(kFloat, kColumn + i), row = hn::Load(kFloat, kRow + i);
       for (std::int32_t k = 0; k < t.attributes; ++k)
@@ -122,84 +125,47 @@ class Painter {
         hn::Store(hn::Add(hn::Mul(number(t.a[k]), x), hn::Mul(number(t.b[k]), y)), kInt, edge_[k] + i);
     }
     s.flatDistance = t.dx[kAttributeQ] == 0 && t.dy[kAttributeQ] == 0;
-    bool perBlock = false;
-    std::array<LevelChoice, device::kStages> levels;
-    if constexpr (kTexturing != Texturing::None)
-      for (std::size_t i = 0; i < stages(); ++i) {
-        if (kTexturing == Texturing::General && !p_.stages[i].samples) continue;
-        perBlock_[i] = !chooseOnce(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i], levels[i]);
-        perBlock |= perBlock_[i];
-      }
     if (t.x1 - t.x0 < kSmallSide && t.y1 - t.y0 < kSmallSide && !raises_)
-      listBlocks(t, slot, perBlock, levels);
+      listBlocks(t, slot);
     else
-      listCells(t, slot, levels);
+      listCells(t, slot);
   }
 
-  HWY_INLINE void listBlocks(const Triangle& t, std::size_t slot, bool perBlock,
-                             const std::array<LevelChoice, device::kStages>& levels) {
+  /// Appends a block unless it has no pixel. No branch: it would go either way.
+  HWY_INLINE void append(std::size_t slot, int x, int y, std::uint32_t mask, bool covered) {
+    work_.x[items_] = static_cast<std::uint8_t>(x);
+    work_.y[items_] = static_cast<std::uint8_t>(y);
+    work_.items[items_] = {static_cast<std::uint8_t>(slot), covered, static_cast<std::uint16_t>(mask)};
+    items_ += mask != 0;
+  }
+
+  HWY_INLINE void listBlocks(const Triangle& t, std::size_t slot) {
     if (items_ + kItemsOfSmall > kMostItems) shadeAll();
     for (int y = t.y0 & ~(kBlockSide - 1); y <= t.y1; y += kBlockSide)
-      for (int x = t.x0 & ~(kBlockSide - 1); x <= t.x1; x += kBlockSide) {
-        const std::uint32_t mask = inside(t, x, y);
-        Item& item = item_[items_];
-        item.x = static_cast<std::uint8_t>(x);
-        item.y = static_cast<std::uint8_t>(y);
-        item.slot = static_cast<std::uint8_t>(slot);
-        item.covered = false;
-        item.mask = static_cast<std::uint16_t>(mask);
-        item.levels = levels;
-        if (perBlock && mask != 0) chooseOne(t, x, y, item.levels);
-        items_ += mask != 0;  // no branch: it would go either way
-      }
+      for (int x = t.x0 & ~(kBlockSide - 1); x <= t.x1; x += kBlockSide) append(slot, x, y, inside(t, x, y), false);
   }
 
-  /// Through 8 × 8 pixels at a time.
-  HWY_INLINE void listCells(const Triangle& t, std::size_t slot,
-                            const std::array<LevelChoice, device::kStages>& levels) {
+  /// Through 8 × 8 pixels, a row of them at a time.
+  HWY_INLINE void listCells(const Triangle& t, std::size_t slot) {
     constexpr int kSide = TileDepth::kCoarseSide;
-    std::int32_t most[3], least[3], blockMost[3];
-    for (int k = 0; k < 3; ++k) {
-      most[k] = std::max(0, t.a[k] * (kSide - 1)) + std::max(0, t.b[k] * (kSide - 1));
-      least[k] = std::min(0, t.a[k] * (kSide - 1)) + std::min(0, t.b[k] * (kSide - 1));
-      blockMost[k] = std::max(0, t.a[k] * (kBlockSide - 1)) + std::max(0, t.b[k] * (kBlockSide - 1));
-    }
-    const auto edge = [&t](int k, int x, int y) HWY_ATTR { return t.c[k] + t.a[k] * x + t.b[k] * y; };
-    LevelChoice four[device::kStages][4];
-    for (std::size_t i = 0; i < device::kStages; ++i) std::fill_n(four[i], 4, levels[i]);
-    for (int y = t.y0 & ~(kSide - 1); y <= t.y1; y += kSide)
-      for (int x = t.x0 & ~(kSide - 1); x <= t.x1; x += kSide) {
-        const std::int32_t e0 = edge(0, x, y), e1 = edge(1, x, y), e2 = edge(2, x, y);
-        if (((e0 + most[0]) | (e1 + most[1]) | (e2 + most[2])) < 0) continue;
-        const bool boxed = x >= t.x0 && y >= t.y0 && x + kSide - 1 <= t.x1 && y + kSide - 1 <= t.y1;
-        const bool covered = boxed && ((e0 + least[0]) | (e1 + least[1]) | (e2 + least[2])) >= 0;
-        if (p_.depthTest) {
-          std::int32_t& bound =
-              tile_.depth->farthest[static_cast<std::size_t>((y / kSide) * (kTileSide / kSide) + x / kSide)];
-          const Coarse coarse = coarseDepth(t, x, y);
-          if (rejects_ && static_cast<std::int32_t>(coarse.nearest) > bound) continue;
-          updateBound(p_, coarse, covered, bound);
+    CellRow row;
+    for (int y = t.y0 & ~(kSide - 1); y <= t.y1; y += kSide) {
+      std::int32_t* bounds = tile_.depth->farthest.data() + (y / kSide) * (kTileSide / kSide);
+      lookAtCells(p_, t, y, rejects_, bounds, row);
+      if (items_ + 4 * kCells > kMostItems) shadeAll();
+      for (std::uint32_t left = row.touched; left != 0; left &= left - 1) {
+        const int cell = std::countr_zero(left), x = cell * kSide;
+        if (row.covered >> cell & 1) {
+          for (const auto& [dx, dy] : {std::pair{0, 0}, {4, 0}, {0, 4}, {4, 4}})
+            append(slot, x + dx, y + dy, kAllPixels, true);
+          continue;
         }
-        if (items_ + 4 > kMostItems) shadeAll();
-        chooseFour(t, x, y, four);
-        for (std::size_t i = 0; i < 4; ++i) {
-          const int bx = x + static_cast<int>(i & 1) * kBlockSide, by = y + static_cast<int>(i >> 1) * kBlockSide;
-          std::uint32_t mask = kAllPixels;
-          if (!covered) {
-            if (bx > t.x1 || by > t.y1 || bx + kBlockSide <= t.x0 || by + kBlockSide <= t.y0) continue;
-            if (((edge(0, bx, by) + blockMost[0]) | (edge(1, bx, by) + blockMost[1]) |
-                 (edge(2, bx, by) + blockMost[2])) < 0)
-              continue;
-            mask = inside(t, bx, by);
-            if (mask == 0) continue;
-          }
-          Item& item = item_[items_++];
-          item = {static_cast<std::uint8_t>(bx),    static_cast<std::uint8_t>(by),
-                  static_cast<std::uint8_t>(slot),  mask == kAllPixels,
-                  static_cast<std::uint16_t>(mask), {}};
-          for (std::size_t k = 0; k < device::kStages; ++k) item.levels[k] = four[k][i];
+        for (const auto& [dx, dy] : {std::pair{0, 0}, {4, 0}, {0, 4}, {4, 4}}) {
+          const std::uint32_t mask = inside(t, x + dx, y + dy);
+          append(slot, x + dx, y + dy, mask, mask == kAllPixels);
         }
       }
+    }
   }
 
   /// One bit for each pixel of a block that is inside the triangle. A pixel inside all edges is inside the triangle's
@@ -223,22 +189,28 @@ class Painter {
     return bits;
   }
 
-  /// Levels of detail of one block, or of the four of 8 × 8 pixels.
-  HWY_INLINE void chooseOne(const Triangle& t, int x, int y, std::array<LevelChoice, device::kStages>& out) const {
-    for (std::size_t i = 0; i < stages(); ++i)
-      if (perBlock_[i])
-        out[i] = chooseLevel(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i],
-                             static_cast<float>(x) + t.originX, static_cast<float>(y) + t.originY);
-  }
-  HWY_INLINE void chooseFour(const Triangle& t, int x, int y, LevelChoice (*out)[4]) const {
-    if constexpr (kTexturing == Texturing::None) return;
-    for (std::size_t i = 0; i < stages(); ++i)
-      if (perBlock_[i]) chooseLevels(p_.samplers[i], t, p_.attributes.uv[i], p_.attributes.divisor[i], x, y, out[i]);
+  HWY_NOINLINE void shadeAll() {
+    if constexpr (kTexturing != Texturing::None)
+      for (std::size_t i = 0; i < stages(); ++i)
+        if (kTexturing != Texturing::General || p_.stages[i].samples) chooseAllLevels(i);
+    for (std::size_t i = 0; i < items_; ++i) shade(i);
+    items_ = 0;
   }
 
-  HWY_NOINLINE void shadeAll() {
-    for (std::size_t i = 0; i < items_; ++i) shade(item_[i]);
-    items_ = 0;
+  /// Levels of detail of all blocks that wait, triangle by triangle.
+  HWY_INLINE void chooseAllLevels(std::size_t stage) {
+    const Sampler& s = p_.samplers[stage];
+    LevelChoice* const out = work_.levels[stage];
+    if (!choosesLevel(s)) {
+      std::fill_n(out, items_, onlyLevel(s));
+      return;
+    }
+    for (std::size_t first = 0, end = 0; first < items_; first = end) {
+      const std::uint8_t slot = work_.items[first].slot;
+      for (end = first + 1; end < items_ && work_.items[end].slot == slot;) ++end;
+      chooseLevels(s, work_.triangles[slot], p_.attributes.uv[stage], p_.attributes.divisor[stage], work_.x + first,
+                   work_.y + first, end - first, out + first);
+    }
   }
 
   /// An attribute's value at each pixel, as it is interpolated on the screen.
@@ -259,7 +231,7 @@ class Painter {
     const std::int32_t uv = p_.attributes.uv[stage], divisor = p_.attributes.divisor[stage];
     const Floats scale = HWY_LIKELY(divisor == kAttributeQ) ? w : hn::Div(number(1.0f), at(divisor, i));
     const Floats u = hn::Mul(at(uv, i), scale), v = hn::Mul(at(uv + 1, i), scale);
-    return sampleAt(p_.samplers[stage], (*levels_)[stage], u, v);
+    return sampleAt(p_.samplers[stage], work_.levels[stage][item_], u, v);
   }
 
   /// Interpolates, samples and combines: the colour that arrives at the alpha test.
@@ -323,21 +295,23 @@ class Painter {
   }
 
   /// Draws a block.
-  HWY_INLINE void shade(const Item& item) {
-    const Triangle& t = triangles_[item.slot];
-    slot_ = &slots_[item.slot];
-    levels_ = &item.levels;
+  HWY_INLINE void shade(std::size_t place) {
+    const Workspace::Item item = work_.items[place];
+    const int x = work_.x[place], y = work_.y[place];
+    const Triangle& t = work_.triangles[item.slot];
+    slot_ = &work_.slots[item.slot];
+    item_ = place;
     using Tag = hn::CappedTag<float, kAttributeStep>;
     constexpr Tag d;
-    const auto dx = hn::Set(d, static_cast<float>(item.x) + t.originX);
-    const auto dy = hn::Set(d, static_cast<float>(item.y) + t.originY);
+    const auto dx = hn::Set(d, static_cast<float>(x) + t.originX);
+    const auto dy = hn::Set(d, static_cast<float>(y) + t.originY);
     for (std::int32_t k = 0; k < t.attributes; k += static_cast<std::int32_t>(hn::MaxLanes(d))) {
       const auto step = hn::Add(hn::Mul(hn::Load(d, t.dx + k), dx), hn::Mul(hn::Load(d, t.dy + k), dy));
       hn::Store(hn::Add(hn::Load(d, t.value + k), step), d, base_ + k);
     }
-    const auto place = static_cast<std::size_t>(blockOffset(item.x, item.y));
-    std::uint32_t* const colors = tile_.color.data() + place;
-    std::int32_t* const depths = tile_.depth->depth.data() + place;
+    const auto offset = static_cast<std::size_t>(blockOffset(x, y));
+    std::uint32_t* const colors = tile_.color.data() + offset;
+    std::int32_t* const depths = tile_.depth->depth.data() + offset;
     for (int i = 0; i < kLanes; i += kWidth) {
       Pixels mask = pixelsOf(static_cast<std::uint32_t>(item.mask) >> i);
       if (kWidth < kLanes && hn::AllFalse(kInt, mask)) continue;
@@ -395,17 +369,14 @@ class Painter {
   bool cut_ = false;  ///< the area is not the whole tile
   std::uint64_t shaded_ = 0;
 
-  Triangle* const triangles_ = tile_.work.triangles;
-  Slot* const slots_ = tile_.work.slots;
-  Item* const item_ = tile_.work.items;
+  Workspace& work_ = tile_.work;
   std::size_t items_ = 0;
   // Of the triangle that is being listed.
   alignas(64) std::int32_t edge_[3][kLanes];
-  std::array<bool, device::kStages> perBlock_{};
   // Of the block that is being drawn.
   alignas(64) float base_[kMaxAttributes];  ///< at its first pixel
-  const Slot* slot_ = nullptr;
-  const std::array<LevelChoice, device::kStages>* levels_ = nullptr;
+  const Workspace::Slot* slot_ = nullptr;
+  std::size_t item_ = 0;
   Rounding rounding_;
 };
 

@@ -30,18 +30,19 @@ struct Workspace {
     alignas(64) float lane[kMaxAttributes][kLanes];  ///< what a pixel adds to the value at its block's first one
     bool flatDistance;                               ///< the same w everywhere
   };
-  /// A block of a triangle that waits.
+  /// Blocks of triangles that wait. What is read and written by vectors reaches a vector's width farther.
+  static constexpr std::size_t kMostItems = 256, kItemSpace = kMostItems + kLanes;
   struct Item {
-    std::uint8_t x, y, slot;
+    std::uint8_t slot;
     bool covered;  ///< all pixels are inside
     std::uint16_t mask;
-    std::array<LevelChoice, device::kStages> levels;
   };
-  static constexpr std::size_t kMostItems = 256;
 
   Triangle triangles[kSetUpAtOnce];
   Slot slots[kSetUpAtOnce];
   Item items[kMostItems];
+  std::uint8_t x[kItemSpace], y[kItemSpace];  ///< of the blocks in the tile
+  LevelChoice levels[device::kStages][kItemSpace];
 };
 
 }  // namespace ql::software
