@@ -189,7 +189,8 @@ void SessionReader::pass() {
   lastRead_ = now_.lastTick;
   run_ = 0;
   used_ = 0;
-  boundary_ = now_.at >= end_ ? Boundary::End : advance(next_);
+  next_.ticks.clear();
+  boundary_ = ended() && !complete_ ? Boundary::End : advance(next_);
 }
 
 void SessionReader::sample() {
@@ -199,7 +200,6 @@ void SessionReader::sample() {
 void SessionReader::endFrame() {
   while (boundary_ == Boundary::Sample) pass();
   if (boundary_ == Boundary::Frame) pass();
-  if (ended()) next_.ticks.clear();
 }
 
 }  // namespace ql::input

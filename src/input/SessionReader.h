@@ -44,7 +44,7 @@ class SessionReader {
   /// Goes on to the next frame.
   void endFrame();
   /// All frames are over.
-  bool ended() const { return boundary_ == Boundary::End; }
+  bool ended() const { return now_.at >= end_; }
   /// As of the last reading.
   const Snapshot& snapshot() const { return now_.snapshot; }
   /// As of the last frame's end.

@@ -127,6 +127,7 @@ void SessionWriter::endFrame(const ClientSize& size) {
 }
 
 bool SessionWriter::finish() {
+  writeTicks();
   putTag(pending_, Tag::End);
   file_ << pending_;
   pending_.clear();

@@ -15,12 +15,6 @@ namespace {
 constexpr std::size_t kMostTaps = 256;
 
 bool hasDisplay() { return SDL_WasInit(SDL_INIT_VIDEO) != 0; }
-/// Whether SDL knows where the pointer is outside of windows, too.
-bool seesPointer() {
-  const char* driver = hasDisplay() ? SDL_GetCurrentVideoDriver() : nullptr;
-  return driver != nullptr && SDL_strcmp(driver, "x11") == 0;
-}
-
 std::int32_t plus(std::int32_t total, std::int32_t step) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(total) + static_cast<std::uint32_t>(step));
 }
@@ -39,14 +33,6 @@ std::optional<std::size_t> buttonOf(std::uint8_t button) {
     default:
       return std::nullopt;
   }
-}
-
-std::bitset<4> buttonsOf(std::uint32_t mask) {
-  std::bitset<4> buttons;
-  for (const int button : {SDL_BUTTON_LEFT, SDL_BUTTON_RIGHT, SDL_BUTTON_MIDDLE, SDL_BUTTON_X1})
-    if ((mask & SDL_BUTTON(static_cast<std::uint32_t>(button))) != 0)
-      buttons.set(*buttonOf(static_cast<std::uint8_t>(button)));
-  return buttons;
 }
 
 /// On Japanese keyboards three places have codes of their own.
@@ -161,31 +147,39 @@ void SdlMachine::refreshKeys(const Told& told) {
   snapshot_.keys[0] = 0;  // where places without a code end up
 }
 
+XPointer* SdlMachine::pointer() {
+  const char* driver = hasDisplay() ? SDL_GetCurrentVideoDriver() : nullptr;
+  if (driver == nullptr || SDL_strcmp(driver, "x11") != 0) return nullptr;
+  if (!pointerSought_) pointer_ = XPointer::open();
+  pointerSought_ = true;
+  return pointer_.get();
+}
+
 void SdlMachine::refreshMouse(const Told& told) {
   followGrab();
   MouseTotals& mouse = snapshot_.mouse;
   std::bitset<kButtons> buttons = told.buttons | told.tappedButtons;
-  if (grabbed_ || !seesPointer()) {
-    mouse.x = plus(mouse.x, told.motionX);
-    mouse.y = plus(mouse.y, told.motionY);
-    placeKnown_ = false;
-  } else {
-    int x = 0, y = 0;
-    const std::uint32_t mask = SDL_GetGlobalMouseState(&x, &y);
-    if (placeKnown_ && snapshot_.focus) {
-      mouse.x = plus(mouse.x, x - placeX_);
-      mouse.y = plus(mouse.y, y - placeY_);
+  std::int32_t x = told.motionX, y = told.motionY;
+  double notches = told.wheel;
+  if (XPointer* server = pointer()) {
+    const PointerChange change = server->take();
+    if (!grabbed_) {
+      x = change.x;
+      y = change.y;
     }
-    placeKnown_ = true;
-    placeX_ = x;
-    placeY_ = y;
-    buttons |= buttonsOf(mask);
+    buttons |= change.held | change.tapped;
+    notches = change.wheel;
   }
-  if (!snapshot_.focus) buttons.reset();
+  if (snapshot_.focus) {
+    mouse.x = plus(mouse.x, x);
+    mouse.y = plus(mouse.y, y);
+    const double wheel = notches * kWheelNotch + wheelRest_, whole = std::trunc(std::clamp(wheel, -1e9, 1e9));
+    wheelRest_ = std::clamp(wheel - whole, -1.0, 1.0);
+    mouse.z = plus(mouse.z, static_cast<std::int32_t>(whole));
+  } else {
+    buttons.reset();
+  }
   for (std::size_t i = 0; i < kButtons; ++i) mouse.buttons[i] = buttons[i] ? kPressed : std::uint8_t{0};
-  const double wheel = told.wheel * kWheelNotch + wheelRest_, whole = std::trunc(std::clamp(wheel, -1e9, 1e9));
-  wheelRest_ = std::clamp(wheel - whole, -1.0, 1.0);
-  mouse.z = plus(mouse.z, static_cast<std::int32_t>(whole));
 }
 
 void SdlMachine::followGrab() {

@@ -4,6 +4,7 @@
 
 #include "platform/input/Machine.h"
 #include "platform/input/SdlControllers.h"
+#include "platform/input/XPointer.h"
 
 #include <bitset>
 #include <memory>
@@ -15,8 +16,8 @@ union SDL_Event;
 
 namespace ql::input {
 
-/// Learns from SDL's events, whoever pumps them, what keys and buttons do; where a display can tell the pointer's place
-/// and buttons anywhere, it is asked for them, since windows of a host keep some events to themselves.
+/// Learns from SDL's events, whoever pumps them, what keys and buttons do; an X server is asked for the pointer, too,
+/// since windows of a host keep some events to themselves.
 class SdlMachine final : public Machine {
  public:
   /// Nothing when SDL cannot start.
@@ -53,15 +54,16 @@ class SdlMachine final : public Machine {
   void refreshKeys(const Told& told);
   void refreshMouse(const Told& told);
   void followGrab();
+  XPointer* pointer();
 
   std::mutex mutex_;  ///< of told_: a host may push events from any thread
   Told told_;
   Snapshot snapshot_;
   SdlControllers controllers_;
   bool grab_ = false, grabbed_ = false;
-  bool placeKnown_ = false;
-  int placeX_ = 0, placeY_ = 0;  ///< the pointer on the desktop at the last refresh
-  double wheelRest_ = 0;         ///< of a unit
+  bool pointerSought_ = false;
+  std::unique_ptr<XPointer> pointer_;  ///< where the display is an X server
+  double wheelRest_ = 0;               ///< of a unit
 };
 
 }  // namespace ql::input
