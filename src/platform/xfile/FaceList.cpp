@@ -24,11 +24,17 @@ bool normalsFit(const MeshObject& mesh, const FaceList& faces, const FaceList& n
 
 }  // namespace
 
+std::size_t triangleCount(const FaceList& faces) {
+  std::size_t count = 0;
+  for (std::size_t f = 0; f < faces.size(); ++f) count += std::max<std::size_t>(faces.cornersOf(f), 2) - 2;
+  return count;
+}
+
 std::uint32_t buildTriangles(MeshObject& mesh, const FaceList& faces, const FaceList& normals,
                              const std::vector<std::uint32_t>& materials) {
   if (!normalsFit(mesh, faces, normals)) mesh.normals.clear();
   std::uint32_t dropped = 0;
-  mesh.triangles.reserve(faces.size());
+  mesh.triangles.reserve(triangleCount(faces));
   for (std::size_t f = 0; f < faces.size(); ++f) {
     const std::span<const std::uint32_t> corners = cornersOf(faces, f);
     if (corners.size() < 3 || !allBelow(corners, mesh.positions.size())) {

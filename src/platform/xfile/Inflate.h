@@ -10,7 +10,7 @@
 namespace ql::xfile {
 
 /// Bytes that compressed data may grow to: far above what text and vertices reach.
-constexpr std::uint64_t inflateLimit(std::uint64_t compressed) { return compressed * 128 + (std::uint64_t{1} << 20); }
+constexpr std::uint64_t inflateLimit(std::uint64_t compressed) { return compressed * 16 + (std::uint64_t{16} << 20); }
 
 /// What follows the 16-byte header of a compressed file, as it was before it was compressed.
 /// @throws host::FileFault BadEncoding, Truncated, TooLarge

@@ -66,6 +66,8 @@ Kind kindOf(const Guid& guid) {
 constexpr std::size_t kLongestName = 260;
 /// Materials of a whole file, references counted.
 constexpr std::size_t kMostMaterials = 32767;
+/// Triangles of a whole file: short faces of text become many.
+constexpr std::size_t kMostSceneTriangles = 1'000'000;
 
 /// Exporters write names with blanks in them, which read as several words.
 void appendWord(std::string& name, std::string_view word) {
@@ -245,7 +247,7 @@ class Reader {
       if (corners > tokens_.remaining() / 2)
         throw host::FileFault(host::Fault::BadSize, "face", tokens_.offset(), corners, tokens_.remaining() / 2);
       for (std::uint32_t k = 0; k < corners; ++k) out.corners.push_back(tokens_.count());
-      out.first.push_back(out.corners.size());
+      out.first.push_back(static_cast<std::uint32_t>(out.corners.size()));
     }
     return out;
   }
@@ -255,6 +257,7 @@ class Reader {
     out.name = name;
     out.positions = vectors();
     const FaceList list = faces();
+    charge(triangleCount_, triangleCount(list), kMostSceneTriangles, "number of triangles");
     FaceList normalList;
     std::vector<std::uint32_t> faceMaterials;
     members([&](const Head& head) {
@@ -303,7 +306,7 @@ class Reader {
     members(
         [&](const Head& head) {
           if (head.kind == Kind::Material) {
-            chargeMaterials(1);
+            charge(materialCount_, 1, kMostMaterials, "number of materials");
             materials.push_back(material(head.name));
           } else {
             skipObject();
@@ -312,21 +315,19 @@ class Reader {
         [&](const std::string& name) {
           const auto found = materials_.find(name);
           if (found == materials_.end()) return;
-          chargeMaterials(1);
+          charge(materialCount_, 1, kMostMaterials, "number of materials");
           materials.push_back(found->second);
         });
     // Materials that are listed but do not follow stay plain, as far as faces may use them.
     const std::size_t used = std::min(listed, count);
     if (materials.size() >= used) return;
-    chargeMaterials(used - materials.size());
+    charge(materialCount_, used - materials.size(), kMostMaterials, "number of materials");
     materials.resize(used);
   }
 
-  void chargeMaterials(std::size_t count) {
-    materialCount_ += count;
-    if (materialCount_ > kMostMaterials)
-      throw host::FileFault(host::Fault::TooLarge, "number of materials", tokens_.offset(), materialCount_,
-                            kMostMaterials);
+  void charge(std::size_t& total, std::size_t more, std::size_t limit, const char* what) const {
+    total += more;
+    if (total > limit) throw host::FileFault(host::Fault::TooLarge, what, tokens_.offset(), total, limit);
   }
 
   Material material(const std::string& name) {
@@ -363,7 +364,7 @@ class Reader {
   std::unordered_map<std::string, Material> materials_;
   std::unordered_map<std::string, std::size_t> meshesByName_;
   std::vector<std::size_t> topMeshes_, referred_;
-  std::size_t materialCount_ = 0;  ///< of material lists
+  std::size_t materialCount_ = 0, triangleCount_ = 0;  ///< of all lists so far
 };
 
 }  // namespace
