@@ -5,6 +5,7 @@
 #include "render/scene/Cursor.h"
 #include "render/scene/Decals.h"
 #include "render/scene/ShaderList.h"
+#include "render/shaders/Shaders.h"
 
 #include <algorithm>
 
@@ -79,7 +80,12 @@ void Scene::loadShaders(const std::string& fileName) {
   const std::vector<std::byte> file = host::readFile(fileName);
   const ShaderList list = parseShaderList({reinterpret_cast<const char*>(file.data()), file.size()});
   for (const ListEntry& entry : list.entries) {
-    if (entry.isShader) continue;  // the parser of shader bodies takes them here
+    if (entry.isShader) {
+      std::string body;
+      for (const std::string& line : entry.shader.body) body += line + '\n';
+      shaders::addShader(context_, entry.shader.name, shaders::parseShaderBody(body, 0), false);
+      continue;
+    }
     std::string picture = entry.texture.fileName;
     std::int32_t width = kListedSize, height = kListedSize, key = kBlackKey;
     render::loadTexture(context_, picture, entry.texture.name, width, height, key);
