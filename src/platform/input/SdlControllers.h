@@ -10,7 +10,7 @@
 #include <span>
 #include <vector>
 
-struct _SDL_Joystick;
+struct _SDL_Joystick;  // NOLINT(bugprone-reserved-identifier): the name is not ours
 
 namespace ql::input {
 

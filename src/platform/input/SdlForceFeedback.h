@@ -8,8 +8,8 @@
 #include <memory>
 #include <set>
 
-struct _SDL_Haptic;
-struct _SDL_Joystick;
+struct _SDL_Haptic;    // NOLINT(bugprone-reserved-identifier): the name is not ours
+struct _SDL_Joystick;  // NOLINT(bugprone-reserved-identifier): the name is not ours
 
 namespace ql::input {
 

@@ -7,7 +7,7 @@
 #include <memory>
 #include <unordered_map>
 
-struct _XDisplay;
+struct _XDisplay;  // NOLINT(bugprone-reserved-identifier): the name is not ours
 
 namespace ql::input {
 
