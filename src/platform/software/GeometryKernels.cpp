@@ -1,6 +1,6 @@
 #include "platform/software/Geometry.h"
 
-// As in Kernels.cpp.
+// Three instruction sets: none between or beyond, and AVX-512 shall ask for no cipher instructions.
 #define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL)
 #define HWY_DISABLE_PCLMUL_AES
 #define HWY_TARGET_INCLUDE "platform/software/GeometryTarget-inl.h"

@@ -227,37 +227,42 @@ class Painter {
                     channel(attribute + 3, i, w));
   }
   HWY_INLINE Color diffuse(int i, Floats w) const { return vertexColor(p_.attributes.diffuse, 0xFFFFFFFF, i, w); }
+  template <bool kQuick>
   HWY_INLINE Color texture(std::size_t stage, int i, Floats w) const {
     const std::int32_t uv = p_.attributes.uv[stage], divisor = p_.attributes.divisor[stage];
     const Floats scale = HWY_LIKELY(divisor == kAttributeQ) ? w : hn::Div(number(1.0f), at(divisor, i));
     const Floats u = hn::Mul(at(uv, i), scale), v = hn::Mul(at(uv + 1, i), scale);
-    return sampleAt(p_.samplers[stage], work_.levels[stage][item_], u, v);
+    const Sampler& s = p_.samplers[stage];
+    if constexpr (kQuick) return sampleQuickly(s, s.levels[work_.levels[stage][item_].level], u, v);
+    return sampleAt(s, work_.levels[stage][item_], u, v);
   }
 
   /// Interpolates, samples and combines: the colour that arrives at the alpha test.
+  template <bool kQuick>
   HWY_INLINE Color colorAt(int i) const {
     const Floats q = at(kAttributeQ, i);
     const Floats w = slot_->flatDistance ? number(1.0f / base_[kAttributeQ]) : hn::Div(number(1.0f), q);
-    Color out = stagesAt(i, w);
+    Color out = stagesAt<kQuick>(i, w);
     if (p_.specularAdd)
       out = each([](Words c, Words s) HWY_ATTR { return withAlpha(limited(hn::Add(c, s)), c); }, out,
                  vertexColor(p_.attributes.specular, 0, i, w));
     return p_.fog.source == FogSource::None ? out : fogged(out, i, w);
   }
   /// The last stage's result.
+  template <bool kQuick>
   HWY_INLINE Color stagesAt(int i, Floats w) const {
     if constexpr (kTexturing == Texturing::None) {
       return diffuse(i, w);
     } else if constexpr (kTexturing == Texturing::Replace) {
-      const Color texel = texture(0, i, w);
-      return p_.second.active ? second(texel, texture(1, i, w)) : texel;
+      const Color texel = texture<kQuick>(0, i, w);
+      return p_.second.active ? second(texel, texture<kQuick>(1, i, w)) : texel;
     } else if constexpr (kTexturing == Texturing::Modulate) {
-      const Color texel = texture(0, i, w), vertex = diffuse(i, w);
+      const Color texel = texture<kQuick>(0, i, w), vertex = diffuse(i, w);
       Color out = each([](Words a, Words b) HWY_ATTR { return product(a, b); }, texel, vertex);
       if (p_.firstAlpha != FirstAlpha::Multiply)
         out = each([](Words c, Words a) HWY_ATTR { return withAlpha(c, a); }, out,
                    p_.firstAlpha == FirstAlpha::Texture ? texel : vertex);
-      return p_.second.active ? second(out, texture(1, i, w)) : out;
+      return p_.second.active ? second(out, texture<kQuick>(1, i, w)) : out;
     } else {
       Inputs in;
       in.diffuse = diffuse(i, w);
@@ -266,7 +271,7 @@ class Painter {
       in.current = in.diffuse;
       for (std::size_t stage = 0; stage < stages(); ++stage) {
         if (p_.stages[stage].samples)
-          in.texture = texture(stage, i, w);
+          in.texture = texture<false>(stage, i, w);
         else
           in.texture = {word(255), word(255)};
         combineStage(p_.stages[stage], in);
@@ -312,6 +317,25 @@ class Painter {
     const auto offset = static_cast<std::size_t>(blockOffset(x, y));
     std::uint32_t* const colors = tile_.color.data() + offset;
     std::int32_t* const depths = tile_.depth->depth.data() + offset;
+    if (quick(place))
+      shadePixels<true>(t, item, colors, depths);
+    else
+      shadePixels<false>(t, item, colors, depths);
+  }
+  /// Whether all textures of a block are filtered, from one level, and addressed quickly.
+  HWY_INLINE bool quick(std::size_t place) const {
+    if constexpr (kTexturing == Texturing::Replace || kTexturing == Texturing::Modulate) {
+      const auto is = [&](std::size_t stage) {
+        const LevelChoice& choice = work_.levels[stage][place];
+        return p_.samplers[stage].fast && choice.linear && choice.blend == 0;
+      };
+      return is(0) && (!p_.second.active || is(1));
+    }
+    return false;
+  }
+  template <bool kQuick>
+  HWY_INLINE void shadePixels(const Triangle& t, const Workspace::Item& item, std::uint32_t* colors,
+                              std::int32_t* depths) {
     for (int i = 0; i < kLanes; i += kWidth) {
       Pixels mask = pixelsOf(static_cast<std::uint32_t>(item.mask) >> i);
       if (kWidth < kLanes && hn::AllFalse(kInt, mask)) continue;
@@ -324,7 +348,7 @@ class Painter {
         if (p_.depthWrite && !p_.alphaTest) hn::Store(hn::IfThenElse(mask, depth, stored), kInt, depths + i);
       }
       shaded_ += hn::CountTrue(kInt, mask);
-      const Color color = colorAt(i);
+      const Color color = colorAt<kQuick>(i);
       if (p_.alphaTest) {
         const Ints alpha = hn::BitCast(kInt, hn::ShiftRight<24>(packed(color)));
         mask = compared(p_.alphaFunction, alpha, number(std::int32_t{p_.alphaRef}), mask);

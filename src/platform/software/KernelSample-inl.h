@@ -125,11 +125,61 @@ HWY_INLINE Words filtered(Pairs upper, Pairs lower, Words across, Words down) {
   return hn::ShiftRight<7>(hn::BitCast(kWord, hn::Add(sum, hn::Set(kShort, std::int16_t{16384 + 64}))));
 }
 
+/// The filter of what was sampled so.
+struct Filter {
+  TexelPairs upper, lower;
+  Ints right, below;  ///< weights in 1/128
+
+  HWY_INLINE Color color() const {
+    // 128 - right beside right, in bytes.
+    const Color across = spread(hn::Add(hn::Sub(hn::ShiftLeft<8>(right), right), number(128)));
+    const Color down = spread(hn::ShiftLeft<8>(below));
+    return {filtered(upper.low, lower.low, across.low, down.low),
+            filtered(upper.high, lower.high, across.high, down.high)};
+  }
+};
+
+/// Where the texels of a level start that lie at some columns and rows.
+struct Indices {
+  alignas(64) std::uint32_t index[kWidth];
+
+  HWY_INLINE Indices(const Sampler::Level& level, Ints x, Ints y) {
+    const Ints column = hn::And(hn::ShiftRight<8>(x), number(level.maskU));
+    const Ints row = hn::And(hn::ShiftRight<8>(y), number(level.maskV));
+    // Both are below 2^15: row · stride + column · 1 is one multiply-add of 16 bits.
+    const Shorts place = hn::BitCast(kShort, hn::Or(row, hn::ShiftLeft<16>(column)));
+    const Ints at = multiplyAddShorts(place, hn::BitCast(kShort, number(level.stride | 0x10000)));
+    hn::Store(hn::BitCast(kUint, at), kUint, index);
+    // Through memory: left to itself, the compiler takes the vector apart lane by lane, which is slower.
+    asm("" : "+m"(index));
+  }
+  HWY_INLINE void loadBoth(const Sampler::Level& level, TexelPairs& upper, TexelPairs& lower) {
+    upper = loadPairs(level.texels, index);
+    asm("" : "+m"(index));  // sixteen indices kept for the next row would not fit the registers
+    lower = loadPairs(level.texels + level.stride, index);
+  }
+};
+
+/// The most common case: filtered, from one level, the texture clamped or wrapped at a power of two.
+HWY_INLINE Color sampleQuickly(const Sampler& s, const Sampler::Level& level, Floats u, Floats v) {
+  const Floats half = number(128.0f);
+  Ints x = nearest(hn::Sub(hn::Mul(u, number(level.scaleU)), half));
+  Ints y = nearest(hn::Sub(hn::Mul(v, number(level.scaleV)), half));
+  if (s.clamps) {
+    x = hn::Min(hn::Max(x, number(level.lowU)), number(level.highU));
+    y = hn::Min(hn::Max(y, number(level.lowV)), number(level.highV));
+  }
+  Filter f;
+  Indices(level, x, y).loadBoth(level, f.upper, f.lower);
+  f.right = hn::And(hn::ShiftRight<1>(x), number(127));
+  f.below = hn::And(hn::ShiftRight<1>(y), number(127));
+  return f.color();
+}
+
 HWY_INLINE Color sampleLevel(const Sampler& s, const Sampler::Level& level, bool linear, Floats u, Floats v) {
   const Floats half = number(linear ? 128.0f : 0.0f);
   Ints x = nearest(hn::Sub(hn::Mul(u, number(level.scaleU)), half));
   Ints y = nearest(hn::Sub(hn::Mul(v, number(level.scaleV)), half));
-  TexelPairs upper, lower;
   if (HWY_UNLIKELY(!s.fast)) {
     x = addressed(s.addressU, x, level.width, linear);
     y = addressed(s.addressV, y, level.height, linear);
@@ -137,35 +187,22 @@ HWY_INLINE Color sampleLevel(const Sampler& s, const Sampler::Level& level, bool
     x = hn::Min(hn::Max(x, number(level.lowU)), number(level.highU));
     y = hn::Min(hn::Max(y, number(level.lowV)), number(level.highV));
   }
-  Ints column = hn::ShiftRight<8>(x), row = hn::ShiftRight<8>(y);
+  Filter f;
   if (HWY_UNLIKELY(s.bordered)) {
-    loadPairsWithBorder(s, level, column, row, upper, lower);
+    loadPairsWithBorder(s, level, hn::ShiftRight<8>(x), hn::ShiftRight<8>(y), f.upper, f.lower);
   } else {
-    column = hn::And(column, number(level.maskU));
-    row = hn::And(row, number(level.maskV));
-    // Both are below 2^15: row · stride + column · 1 is one multiply-add of 16 bits.
-    const Shorts place = hn::BitCast(kShort, hn::Or(row, hn::ShiftLeft<16>(column)));
-    const Ints at = multiplyAddShorts(place, hn::BitCast(kShort, number(level.stride | 0x10000)));
-    alignas(64) std::uint32_t index[kWidth];
-    hn::Store(hn::BitCast(kUint, at), kUint, index);
-    // Through memory: left to itself, the compiler takes the vector apart lane by lane, which is slower.
-    asm("" : "+m"(index));
+    Indices indices(level, x, y);
     if (!linear) {
       alignas(64) std::uint32_t texels[kWidth];
-      for (int i = 0; i < kWidth; ++i) texels[i] = level.texels[index[i]];
+      for (int i = 0; i < kWidth; ++i) texels[i] = level.texels[indices.index[i]];
       return unpacked(hn::Xor(hn::Load(kUint, texels), hn::Set(kUint, kTexelFlip)));
     }
-    upper = loadPairs(level.texels, index);
-    asm("" : "+m"(index));  // sixteen indices kept for the next row would not fit the registers
-    lower = loadPairs(level.texels + level.stride, index);
+    indices.loadBoth(level, f.upper, f.lower);
   }
   const Ints fraction = number(linear ? 127 : 0);
-  const Ints right = hn::And(hn::ShiftRight<1>(x), fraction), below = hn::And(hn::ShiftRight<1>(y), fraction);
-  // 128 - right beside right, in bytes.
-  const Color across = spread(hn::Add(hn::Sub(hn::ShiftLeft<8>(right), right), number(128)));
-  const Color down = spread(hn::ShiftLeft<8>(below));
-  return {filtered(upper.low, lower.low, across.low, down.low),
-          filtered(upper.high, lower.high, across.high, down.high)};
+  f.right = hn::And(hn::ShiftRight<1>(x), fraction);
+  f.below = hn::And(hn::ShiftRight<1>(y), fraction);
+  return f.color();
 }
 
 HWY_INLINE Color sampleAt(const Sampler& s, const LevelChoice& choice, Floats u, Floats v) {

@@ -13,6 +13,11 @@ namespace ql::software {
 /// Chooses the code that draws with a pipeline.
 using PainterFunction = PaintFunction (*)(const Pipeline&);
 
+/// Code of this one set; null when it wasn't compiled or the machine doesn't have it.
+PainterFunction painterAvx512();
+PainterFunction painterAvx2();
+PainterFunction painterSse4();
+
 struct KernelSet {
   PainterFunction painter;
   GeometrySet geometry;
