@@ -29,10 +29,8 @@ std::shared_ptr<utility::SubsetMesh> subsetsOf(xfile::FlatMesh& flat) {
   std::vector<utility::SubsetVertex> vertices;
   vertices.reserve(flat.vertices.size());
   for (const xfile::Vertex& v : flat.vertices) vertices.push_back({v.position, v.normal, v.tu, v.tv});
-  auto subsets =
-      std::make_shared<utility::SubsetMesh>(std::move(vertices), std::move(flat.indices), std::move(flat.attributes));
-  if (!flat.hasNormals) subsets->computeNormals();
-  return subsets;
+  return std::make_shared<utility::SubsetMesh>(std::move(vertices), std::move(flat.indices),
+                                               std::move(flat.attributes));
 }
 
 std::int16_t createMaterial(engine::EngineContext& context, const xfile::Material& material) {

@@ -3,6 +3,7 @@
 #include "platform/xfile/XFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <unordered_map>
 
@@ -37,6 +38,22 @@ math::Vec3 turnedNormal(const math::Vec3& n, const math::Mat4& m) {
 
 void limit(const char* what, std::size_t got, std::size_t most) {
   if (got > most) throw host::FileFault(host::Fault::TooLarge, what, 0, got, most);
+}
+
+/// Gives the vertices from one on the normals of the triangles that use them, large ones counting more.
+void computeNormals(FlatMesh& mesh, std::size_t firstVertex, std::size_t firstIndex) {
+  for (std::size_t i = firstIndex; i + 2 < mesh.indices.size(); i += 3) {
+    std::array<Vertex*, 3> corners{};
+    for (std::size_t k = 0; k < 3; ++k) corners[k] = &mesh.vertices[mesh.indices[i + k]];
+    const math::Vec3 across = math::cross(math::subtract(corners[1]->position, corners[0]->position),
+                                          math::subtract(corners[2]->position, corners[0]->position));
+    for (Vertex* corner : corners) corner->normal = math::add(corner->normal, across);
+  }
+  for (std::size_t i = firstVertex; i < mesh.vertices.size(); ++i) {
+    math::Vec3& n = mesh.vertices[i].normal;
+    n = math::normalize(math::Vec3{finite(n.x), finite(n.y), finite(n.z)});
+    n = {finite(n.x), finite(n.y), finite(n.z)};
+  }
 }
 
 /// Appends one mesh. A position whose corners have different normals becomes as many vertices: the first stands in the
@@ -75,7 +92,7 @@ void append(FlatMesh& out, const MeshObject& mesh, const math::Mat4& matrix, std
     for (std::size_t k = 0; k < 3; ++k) out.indices.push_back(corner(triangle.positions[k], triangle.normals[k]));
     out.attributes.push_back(firstMaterial + triangle.material);
   }
-  out.hasNormals = out.hasNormals && !mesh.normals.empty();
+  if (mesh.normals.empty()) computeNormals(out, firstVertex, out.indices.size() - mesh.triangles.size() * 3);
 }
 
 }  // namespace

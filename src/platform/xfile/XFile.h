@@ -62,12 +62,12 @@ struct Vertex {
   float tu = 0, tv = 0;
 };
 /// All meshes of a scene as one, each with its frame's matrix applied; materials stand one mesh's after another's.
+/// Meshes without normals get smooth ones.
 struct FlatMesh {
   std::vector<Vertex> vertices;
   std::vector<std::uint32_t> indices;     ///< three a triangle
   std::vector<std::uint32_t> attributes;  ///< the material of each triangle
   std::vector<Material> materials;
-  bool hasNormals = true;  ///< false when a mesh has none: all should be computed
 };
 
 /// Whether a file begins as X files do.

@@ -29,7 +29,6 @@ TEST(XFile, EveryKindOfFileGivesTheSameMesh) {
         EXPECT_EQ(scene.droppedFaces, 0u);
 
         const FlatMesh mesh = flatten(scene);
-        EXPECT_TRUE(mesh.hasNormals);
         // Two of five positions have a second normal.
         ASSERT_EQ(mesh.vertices.size(), 7u);
         EXPECT_EQ(mesh.indices, (std::vector<std::uint32_t>{0, 1, 2, 0, 2, 3, 5, 6, 4}));
@@ -98,8 +97,19 @@ TEST(XFile, ReadsWhatExportersWrite) {
     EXPECT_EQ(mesh.materials.size(), habit.materials);
     for (const std::uint32_t index : mesh.indices) EXPECT_LT(index, mesh.vertices.size());
     for (const std::uint32_t attribute : mesh.attributes) EXPECT_LT(attribute, mesh.materials.size());
+    for (const Vertex& v : mesh.vertices) EXPECT_LE(math::length(v.normal), 1.001F);
     for (const Vertex& v : mesh.vertices) EXPECT_LE(std::abs(v.position.x + v.position.y + v.position.z), 10.0F);
   }
+}
+
+TEST(XFile, MeshesWithoutNormalsGetSmoothOnes) {
+  const std::string flat = "4; 0;0;0;, 0;1;0;, 1;0;0;, 0;0;9;; 1; 3;0,1,2;; ";
+  const FlatMesh mesh = flatten(
+      parseXFile(textFile("Mesh { " + flat + "} Mesh { " + flat + "MeshNormals { 1; 1;0;0;; 1; 3;0,0,0;; } }")));
+  ASSERT_EQ(mesh.vertices.size(), 8u);
+  EXPECT_EQ(mesh.vertices[1].normal, (math::Vec3{0, 0, -1})) << "clockwise as seen from -z";
+  EXPECT_EQ(mesh.vertices[3].normal, (math::Vec3{})) << "no triangle uses it";
+  EXPECT_EQ(mesh.vertices[5].normal, (math::Vec3{1, 0, 0})) << "the other mesh keeps its own";
 }
 
 std::vector<std::byte> binaryFile(XWriter& writer) {
