@@ -35,7 +35,7 @@ FILLS = {
     "fill-colour-fog-alpha-test": "one texture, colour, fog, alpha test",
     "fill-tilted": "one texture, in perspective",
 }
-OTHER_BENCHMARKS = ["bench_images", "bench_level", "bench_archive", "bench_log", "bench_rays"]
+OTHER_BENCHMARKS = ["bench_images", "bench_level", "bench_archive", "bench_log", "bench_rays", "bench_input"]
 # Of 255, in red and green; blue is noise, which shows where a texel lies more than what is drawn.
 PICTURE_TOLERANCE = 6
 
