@@ -96,10 +96,11 @@ class QUASARLENS3D_API Scene8 : public Detail::Handle<Detail::SceneObject> {
   /// Loads a texture without a colour key: see TextureFactory8.LoadTexture.
   Texture8 LoadTexture(ByRef<std::string> Filename, ByRef<std::int32_t> width = -1, ByRef<std::int32_t> height = -1,
                        const std::string& TextureName = "");
-  /// Loads the textures that a text file lists, 256 x 256 with QL_COLORKEY_BLACK: after a line "TEXTURES n" the next n
-  /// lines hold a file name, ">" and the texture's name. Shaders in it are read past.
-  /// @throws Error 53 for a missing file; 9 for a texture line without ">" and 62 for too few lines: the textures
-  /// before it stay
+  /// Loads what a text file lists, in its order. After a line "TEXTURES n" the next n lines hold a file name, ">" and
+  /// the texture's name, loaded 256 x 256 with QL_COLORKEY_BLACK. After a line "SHADER name" a shader's body follows,
+  /// as in shader scripts; its textures are found by name among those that are loaded.
+  /// @throws Error 53 for a missing file; 9 for a texture line without ">" and 62 for too few lines: what came before
+  /// stays
   void LoadShaders(const std::string& Filename);
   /// Makes a texture to draw into. @param width,height pixels; the size that the device can use is written back
   /// @param Texture,PosX,PosY no effect @throws Error 91 before Quasarlens8.Initialize

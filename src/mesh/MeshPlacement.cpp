@@ -3,7 +3,8 @@
 #include "mesh/MeshRays.h"
 #include "render/Camera.h"
 
-#include <cstring>
+#include <array>
+#include <bit>
 
 namespace ql::mesh {
 namespace {
@@ -22,7 +23,8 @@ math::Mat4 placement(const engine::EngineContext& context, const MeshRecord& mes
 
 void place(engine::EngineContext& context, std::int16_t slot, const math::Mat4& matrix) {
   MeshRecord& mesh = meshRecord(context, slot);
-  if (std::memcmp(&mesh.worldMatrix, &matrix, sizeof matrix) == 0) return;
+  using Bits = std::array<std::uint32_t, 16>;
+  if (std::bit_cast<Bits>(mesh.worldMatrix) == std::bit_cast<Bits>(matrix)) return;
   mesh.worldMatrix = matrix;
   noteMoved(context, slot);
 }

@@ -81,9 +81,7 @@ void Scene::loadShaders(const std::string& fileName) {
   const ShaderList list = parseShaderList({reinterpret_cast<const char*>(file.data()), file.size()});
   for (const ListEntry& entry : list.entries) {
     if (entry.isShader) {
-      std::string body;
-      for (const std::string& line : entry.shader.body) body += line + '\n';
-      shaders::addShader(context_, entry.shader.name, shaders::parseShaderBody(body, 0), false);
+      shaders::addShader(context_, entry.shader.name, entry.shader.shader, false);
       continue;
     }
     std::string picture = entry.texture.fileName;

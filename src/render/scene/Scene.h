@@ -43,7 +43,8 @@ class Scene {
   /// Loads a texture without a colour key; -1 asks for the file's own size and is overwritten by the size in use.
   std::shared_ptr<TextureHandle> loadTexture(std::string& fileName, std::int32_t& width, std::int32_t& height,
                                              const std::string& name);
-  /// Loads the textures that a text file lists, 256 x 256 with black as the key. @see parseShaderList
+  /// Loads the textures that a text file lists, 256 x 256 with black as the key, and its shaders, whose textures are
+  /// found among those that are loaded. @see parseShaderList
   /// @throws host::FileFault when it cannot be read; engine::EngineError 9 for a texture line without ">", 62 for a
   /// list that ends early: what came before stays loaded
   void loadShaders(const std::string& fileName);

@@ -21,7 +21,7 @@ std::string_view trimmed(std::string_view text) {
 /// The lines of a text, one by one.
 class Lines {
  public:
-  explicit Lines(std::string_view text) : rest_(text) {}
+  explicit Lines(std::string_view text) : text_(text), rest_(text) {}
   std::optional<std::string_view> next() {
     if (rest_.empty()) return std::nullopt;
     const std::size_t end = std::min(rest_.find_first_of("\r\n"), rest_.size());
@@ -35,9 +35,15 @@ class Lines {
     return line;
   }
   std::size_t number() const { return number_; }
+  std::size_t position() const { return text_.size() - rest_.size(); }
+  /// Goes on at a later position.
+  void skipTo(std::size_t position) {
+    while (this->position() < position && next()) {
+    }
+  }
 
  private:
-  std::string_view rest_;
+  std::string_view text_, rest_;
   std::size_t number_ = 0;
 };
 
@@ -53,18 +59,6 @@ ListFault readTextures(Lines& lines, double count, std::vector<ListEntry>& entri
                      std::string(trimmed(line->substr(separator + 1)))};
   }
   return ListFault::None;
-}
-
-/// Takes lines up to the brace that closes the first one; a body without it goes to the end of the file.
-std::vector<std::string> readBody(Lines& lines) {
-  std::vector<std::string> body;
-  int depth = 0;
-  while (const std::optional<std::string_view> line = lines.next()) {
-    body.emplace_back(trimmed(*line));
-    if (body.back() == "{") ++depth;
-    if (body.back() == "}" && --depth <= 0) break;
-  }
-  return body;
 }
 
 }  // namespace
@@ -87,7 +81,9 @@ ShaderList parseShaderList(std::string_view text) {
     } else if (keyword == "shader") {
       ListEntry& entry = list.entries.emplace_back();
       entry.isShader = true;
-      entry.shader = {std::string(argument), readBody(lines)};
+      std::size_t end = 0;
+      entry.shader = {std::string(argument), shaders::parseShaderBody(text, lines.position(), &end)};
+      lines.skipTo(end);
     }
   }
   return list;

@@ -2,6 +2,8 @@
 /// Lists of textures and shaders in text files.
 #pragma once
 
+#include "render/shaders/ShaderScript.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -13,10 +15,10 @@ namespace ql::render::scene {
 struct ListedTexture {
   std::string fileName, name;
 };
-/// A shader: its name and the lines after it up to the brace that ends it.
+/// A shader, its textures still names.
 struct ListedShader {
   std::string name;
-  std::vector<std::string> body;
+  shaders::ScriptShader shader;
 };
 /// One thing of a list: a texture, unless it is a shader.
 struct ListEntry {
@@ -38,7 +40,7 @@ struct ShaderList {
 ///     TEXTURES 2                 (or TEXTURETABLE, TEXTURESTABLE, in any letter case)
 ///     wall.jpg > wall            (exactly as many lines follow: file name, ">", name)
 ///     floor.jpg > floor
-///     SHADER shiny
+///     SHADER shiny               (its body follows, as in shader scripts)
 ///     {
 ///     ...
 ///     }
