@@ -48,6 +48,41 @@ TEST(Inspect, AgreesWithIndependentReadersOfLevels) {
   EXPECT_GT(seen, 0);
 }
 
+TEST(Inspect, AgreesWithIndependentReadersOfHalfLifeFiles) {
+  QL_NEED_SHARED_DATA();
+  int levels = 0, packages = 0;
+  for (const json& entry : manifest()) {
+    const std::string file = entry["file"];
+    const json facts = entry.value("facts", json::object());
+    const bool isPackage = facts.value("magic", "") == "WAD3";
+    if (facts.value("format", "") != "hlbsp" && !isPackage) continue;
+    SCOPED_TRACE(file);
+    const json found = inspected(file);
+    EXPECT_TRUE(found["valid"].get<bool>()) << found.dump();
+    EXPECT_EQ(found["format"], facts["format"]);
+    if (isPackage) {
+      ++packages;
+      EXPECT_EQ(found["entries"], facts["entries"]);
+      for (std::size_t i = 0; i < facts["items"].size(); ++i) {
+        EXPECT_EQ(found["items"][i]["name"], facts["items"][i][0]);
+        EXPECT_EQ(found["items"][i]["width"], facts["items"][i][4]);
+      }
+      continue;
+    }
+    ++levels;
+    EXPECT_EQ(found["version"], facts["version"]);
+    for (const auto& [lump, count] : facts["lumps"].items()) {
+      if (lump == "textures") continue;  // ours counts bytes
+      EXPECT_EQ(found["lumps"][lump], count) << lump;
+    }
+    EXPECT_EQ(found["textures"], facts["textures"]);
+    for (const auto& [name, count] : facts["classnames"].items())
+      EXPECT_EQ(found["entity_classes"].value(name, 0), count);
+  }
+  EXPECT_GE(levels, 9);
+  EXPECT_GE(packages, 8);
+}
+
 TEST(Inspect, AgreesWithIndependentReadersOfArchivesAndPictures) {
   QL_NEED_SHARED_DATA();
   const std::set<std::string> pictures{"bmp", "jpg", "tga", "png", "dds"};

@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include "HalfLifeReport.h"
 #include "MeshReport.h"
 #include "Validated.h"
 #include "archive/PakArchive.h"
@@ -131,6 +132,7 @@ Json pictureReport(const std::string& name, std::span<const std::byte> bytes, bo
 nlohmann::ordered_json report(const std::string& name, std::span<const std::byte> bytes, bool validate) {
   if (level::isQ3Bsp(bytes)) return levelReport(bytes, validate);
   if (startsWith(bytes, "PACK")) return archiveReport(bytes, validate);
+  if (isHalfLife(bytes)) return halfLifeReport(bytes, validate);
   if (isMesh(name, bytes)) return meshReport(bytes, validate);
   return pictureReport(name, bytes, validate);
 }

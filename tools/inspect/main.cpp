@@ -50,9 +50,9 @@ int main(int argc, char** argv) {
   CLI::App app{"Prints the facts of levels, meshes, archives and pictures, one JSON object a file."};
   std::vector<std::string> files;
   bool validate = false, quiet = false, verbose = false;
-  app.add_option(
-         "FILE", files,
-         "Quake 3 levels; QLOF, QLMESH, 3DS, DXE and X meshes; PAK archives; BMP, JPG, TGA, PNG and DDS pictures")
+  app.add_option("FILE", files,
+                 "Quake 3 and Half-Life levels; WAD3 packages; QLOF, QLMESH, 3DS, DXE and X meshes; PAK archives; BMP, "
+                 "JPG, TGA, PNG and DDS pictures")
       ->required();
   app.add_flag("--validate", validate, "Read each file as the engine does, and say whether it would load");
   app.add_flag("--quiet", quiet, "No messages on standard error");
