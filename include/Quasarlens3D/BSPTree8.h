@@ -67,6 +67,10 @@ class QUASARLENS3D_API BSPTree8 : public Detail::Handle<Detail::LevelObject> {
                      Boolean DisplaySky = False);
   /// Moves the level's origin to a point of the world.
   void SetPosition(float x, float y, float z);
+  /// Adds every shader script ("*.shader") of a folder. A later Load looks a texture's name up in the scripts, in the
+  /// order in which they were added, before it takes the name for a picture file. A folder that cannot be read adds
+  /// none.
+  void LoadShaderDirectory(const std::string& DirectoryPath);
   /// @param CurvePrecision CONST_QL_CURVE; the next Load uses it
   void SetCurvePrecision(std::int32_t CurvePrecision);
   /// The level's first player start in world coordinates; (0, 0, 0) when it has none.

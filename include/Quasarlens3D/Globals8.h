@@ -7,6 +7,7 @@
 #include <Quasarlens3D/Handle.h>
 #include <Quasarlens3D/InternalObjects8.h>
 #include <Quasarlens3D/Mesh8.h>
+#include <Quasarlens3D/Shader8.h>
 #include <Quasarlens3D/Texture8.h>
 #include <Quasarlens3D/TextureFactory8.h>
 #include <Quasarlens3D/Types.h>
@@ -90,6 +91,8 @@ class QUASARLENS3D_API Globals8 : public Detail::Handle<Detail::GlobalsObject> {
   std::int16_t GetTerrain(const std::string& Name) const;
   /// The first mesh of that name, whatever the letter case; nothing when there is none.
   Mesh8 GetMesh(const std::string& MeshName) const;
+  /// The first shader of a name, in any letter case; nothing when there is none.
+  Shader8 GetShader(const std::string& ShaderName) const;
   /// A square mesh named "Decal" that faces along a normal, one normal's length in front of a position, and adds its
   /// texture's light to what lies behind it. The engine keeps it until its time is over.
   /// @param Position,normal world coordinates; the normal's length is the distance @param size of a side, world units

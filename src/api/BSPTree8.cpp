@@ -38,6 +38,9 @@ void BSPTree8::SetCopyTexturesFolder(Boolean OnOff, const std::string& pathname,
 void BSPTree8::Render() {
   call(*this, [](LevelObject& self) { self.level.render(); });
 }
+void BSPTree8::LoadShaderDirectory(const std::string& DirectoryPath) {
+  call(*this, [&](LevelObject& self) { self.level.loadShaderDirectory(DirectoryPath); });
+}
 void BSPTree8::SetParameters(Boolean UseLightMaps, Boolean UsePVSInfo, std::int32_t Culling, Boolean DisplaySky) {
   call(*this, [&](LevelObject& self) { self.level.setParameters(UseLightMaps, UsePVSInfo, Culling, DisplaySky); });
 }

@@ -1,12 +1,14 @@
 #include "api/Guard.h"
 #include "api/Meshes.h"
 #include "api/Numbers.h"
+#include "api/Shaders.h"
 #include "api/Textures.h"
 #include "platform/utility/TextureFiles.h"
 #include "render/Materials.h"
 #include "render/Sprites.h"
 #include "render/scene/Decals.h"
 #include "render/scene/Picking.h"
+#include "render/shaders/Shaders.h"
 
 #include <Quasarlens3D/Globals8.h>
 
@@ -126,6 +128,10 @@ std::int16_t Globals8::GetSound(const std::string& /*SoundName*/) const { return
 std::int16_t Globals8::GetTerrain(const std::string& /*Name*/) const { return 0; }
 Mesh8 Globals8::GetMesh(const std::string& MeshName) const {
   return call(*this, [&](GlobalsObject& self) { return api::wrap(mesh::findMesh(*self.context, MeshName)); });
+}
+Shader8 Globals8::GetShader(const std::string& ShaderName) const {
+  return call(*this,
+              [&](GlobalsObject& self) { return api::wrap(render::shaders::findShader(*self.context, ShaderName)); });
 }
 Mesh8 Globals8::CreateDecal(const Vec3& Position, const Vec3& normal, const Texture8& Texture, float size,
                             float DeathTime) const {

@@ -106,6 +106,8 @@ void Level::copyTexturesTo(const std::string& folder, bool numbered) {
   impl_->copyTexturesNumbered = numbered;
 }
 
+void Level::loadShaderDirectory(const std::string& folder) { impl_->scripts.addFolder(folder); }
+
 void Level::render() {
   impl_->context.requireDevice();
   const OwnList list(*impl_);

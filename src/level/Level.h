@@ -33,6 +33,8 @@ class Level : public engine::HitTarget {
   void closePackages();
   /// Where loads copy the level's textures to as bitmaps; empty: nowhere. @param numbered names them by their numbers
   void copyTexturesTo(const std::string& folder, bool numbered);
+  /// Adds the shader scripts of a folder, where the loads to come look for what textures mean.
+  void loadShaderDirectory(const std::string& folder);
   /// Draws what the camera may see.
   void render();
   /// @param culling a cull mode of the device: 1 none, 2 clockwise, 3 counter-clockwise

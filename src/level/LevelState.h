@@ -6,9 +6,12 @@
 #include "level/Collision.h"
 #include "level/LevelData.h"
 #include "level/Visibility.h"
+#include "mesh/MeshRecord.h"
+#include "render/shaders/Shaders.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -30,6 +33,10 @@ struct LevelState {
   SphereDescent lastDescent;  ///< of the last sphere that was tested
   math::Mat4 levelMatrix = math::identity();
 
+  render::shaders::ScriptFiles scripts;   ///< where shaders are looked up
+  std::int16_t skyShader = 0;             ///< 0: the level's faces show no sky
+  std::shared_ptr<mesh::MeshHandle> sky;  ///< the sphere that shows it
+
   bool createMipmaps = true;
   bool useLightMaps = true, usePvsInfo = true, displaySky = false;
   std::uint32_t culling = 1;
@@ -47,6 +54,12 @@ math::Mat4 levelRotation();
 /// Loads a level of this kind from its file's bytes, which are freed as soon as they are not needed any more.
 void loadQuake3(LevelState& level, std::vector<std::byte> file);
 void renderQuake3(LevelState& level);
+/// Draws the listed faces that have shaders, stage by stage. The vertex buffer and the world transform are set.
+void drawShaderPass(device::Device& device, LevelState& level);
+/// Makes the sphere that shows a level's sky, when it has one.
+void createSky(LevelState& level);
+/// Draws the sky around the camera.
+void drawSky(LevelState& level);
 void loadHalfLife(LevelState& level, std::vector<std::byte> file, const LoadOptions& options);
 void renderHalfLife(LevelState& level);
 

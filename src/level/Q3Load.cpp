@@ -49,14 +49,33 @@ std::string imageFile(const std::string& name) {
 }
 
 void loadTextures(LevelState& level, const std::vector<Q3Texture>& textures) {
+  const auto& shaders = level.context.get<render::shaders::ShaderTable>().entries;
+  level.skyShader = 0;
   level.data.textures.reserve(textures.size());
   for (const Q3Texture& texture : textures) {
     LevelTexture& loaded = level.data.textures.emplace_back();
     loaded.name = host::fieldText(texture.name);
+    if (const std::int16_t shader = level.scripts.load(level.context, loaded.name); shader != 0) {
+      loaded.shaderSlot = shader;
+      if ((shaders.at(shader).surfaceFlags & render::shaders::kSky) != 0) level.skyShader = shader;
+      continue;
+    }
     std::string file = imageFile(loaded.name);
     std::int32_t width = -1, height = -1, colorKey = 0;
     const auto handle = render::loadTexture(level.context, file, "", width, height, colorKey);
     loaded.texture = level.context.get<render::TextureTable>().entries.at(handle->index).texture;
+  }
+  level.scripts.dropText();
+}
+
+/// Hands the faces whose textures have shaders to the shader pass.
+void assignShaders(LevelData& data) {
+  for (FaceRecord& face : data.faces) {
+    if (face.texture < 0) continue;
+    const std::int32_t slot = data.textures[static_cast<std::size_t>(face.texture)].shaderSlot;
+    if (slot < 0) continue;
+    face.texture = -1;
+    face.baseSlot = static_cast<std::int16_t>(slot);
   }
 }
 
@@ -69,6 +88,7 @@ void buildLevelFaces(LevelState& level, const Q3Bsp& file, std::vector<LevelVert
     log.write("BSP TREE : " + std::to_string(built.crowdedFaces) +
               " curved faces left out, the level has too many vertices");
   level.data.faces = std::move(built.records);
+  assignShaders(level.data);
   vertices = std::move(built.vertices);
 }
 
@@ -105,6 +125,7 @@ void transformFaces(LevelState& level, Q3Bsp& file) {
   showLoadingStep(level.context, "Managing Data", 82);
   buildLeaves(level.data, file.leaves);
   createVertexBuffer(level, vertices);
+  createSky(level);
 }
 
 }  // namespace
@@ -113,6 +134,7 @@ void loadQuake3(LevelState& level, std::vector<std::byte> bytes) {
   diagnostics::Log& log = level.context.log;
   level.kind = LevelKind::Quake3;
   level.data = {};
+  level.sky = nullptr;
   level.visible.reset();
   level.faceCollision.reset();
 

@@ -88,10 +88,12 @@ void renderQuake3(LevelState& level) {
     setStates(device, level);
     drawBasePass(device, level);
     if (level.useLightMaps) drawLightmapPass(device, level);
+    drawShaderPass(device, level);
   }
   device.setTextureStageState(0, StageState::TextureTransformFlags, 0);
   device.setTextureStageState(0, StageState::TexCoordIndex, 0);
   device.setTransform(device::Transform::Texture0, math::identity());
+  if (level.displaySky) drawSky(level);
 }
 
 }  // namespace ql::level
