@@ -25,7 +25,7 @@ install(FILES ${PROJECT_BINARY_DIR}/quasarlens8.pc DESTINATION ${CMAKE_INSTALL_L
 cmake_path(SET bin_dir NORMALIZE /${CMAKE_INSTALL_BINDIR})
 cmake_path(SET lib_dir NORMALIZE /${CMAKE_INSTALL_LIBDIR})
 cmake_path(RELATIVE_PATH lib_dir BASE_DIRECTORY ${bin_dir} OUTPUT_VARIABLE lib_from_bin)
-foreach(program ql-walk ql-view ql-inspect ql-trace ql-make-level)
+foreach(program ql-walk ql-view ql-inspect ql-trace ql-make-level ql-make-hl-level)
   if(TARGET ${program})
     set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
     install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)

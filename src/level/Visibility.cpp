@@ -189,8 +189,12 @@ bool VisibleFaces::clusterVisible(std::int32_t cluster) const {
 
 void VisibleFaces::listAll(const LevelData& level) {
   list_.clear();
+  // Brush models of Half-Life levels are drawn by themselves.
+  std::vector<bool> apart(level.faces.size(), false);
+  for (const BrushModel& model : level.brushModels)
+    std::fill_n(apart.begin() + static_cast<std::ptrdiff_t>(model.firstFace), model.faceCount, true);
   for (std::size_t i = 0; i < level.faces.size(); ++i)
-    list_.push_back({static_cast<std::int32_t>(i), level.faces[i].key});
+    if (!apart[i]) list_.push_back({static_cast<std::int32_t>(i), level.faces[i].key});
   sortByKey(list_);
   marks_.clear();
   version_ = nextVersion();
