@@ -61,7 +61,13 @@ GLenum factorOf(device::Blend factor) {
   }
 }
 
-void decodeBlend(const device::RenderStates& r, FixedState& out) {
+// A target without an alpha channel counts as opaque, whatever is in the channel that holds it here.
+GLenum onOpaque(GLenum factor) {
+  if (factor == GL_DST_ALPHA) return GL_ONE;
+  return factor == GL_ONE_MINUS_DST_ALPHA || factor == GL_SRC_ALPHA_SATURATE ? GLenum{GL_ZERO} : factor;
+}
+
+void decodeBlend(const device::RenderStates& r, bool targetHasAlpha, FixedState& out) {
   using device::Blend;
   using device::BlendOp;
   if (!r.alphaBlendEnable) return;
@@ -73,8 +79,8 @@ void decodeBlend(const device::RenderStates& r, FixedState& out) {
     source = Blend::InvSrcAlpha;
     destination = Blend::SrcAlpha;
   }
-  out.source = factorOf(source);
-  out.destination = factorOf(destination);
+  out.source = targetHasAlpha ? factorOf(source) : onOpaque(factorOf(source));
+  out.destination = targetHasAlpha ? factorOf(destination) : onOpaque(factorOf(destination));
   switch (static_cast<BlendOp>(r.blendOp)) {
     case BlendOp::Subtract:
       out.blendOp = GL_FUNC_SUBTRACT;
@@ -103,9 +109,11 @@ FixedState fixedOf(const device::State& state, const ShaderKey& key, const DrawS
     out.depthFunction = compareOf(r.zFunc);
     out.depthWrite = r.zWriteEnable != 0;
   }
-  decodeBlend(r, out);
+  const bool alpha = device::hasAlpha(around.targetFormat);
+  decodeBlend(r, alpha, out);
   out.colorMask = r.colorWriteEnable & 0xF;
-  if (!device::hasAlpha(around.targetFormat)) out.colorMask &= 0x7;
+  // Nobody reads an alpha that the format does not have, and whole pixels are written faster than some channels.
+  if (!alpha) out.colorMask = (out.colorMask & 0x7) == 0x7 ? 0xF : out.colorMask & 0x7;
   // Pictures are drawn with their first row at y = 0: what is clockwise on the screen is counter-clockwise to OpenGL,
   // whose front side it is.
   if (key.topology == Topology::Triangles) {

@@ -11,6 +11,9 @@
 namespace ql::opengl {
 namespace {
 
+// Drivers keep machine code of each. A host uses some tens; one that makes ever new states has them built anew.
+constexpr std::size_t kMostPrograms = 512;
+
 template <class GetLength, class GetText>
 std::string messages(GLuint name, GetLength&& length, GetText&& get) {
   GLint size = 0;
@@ -72,6 +75,10 @@ GlProgram makeProgram(const std::string& vertex, const std::string& geometry, co
 GLuint Programs::programFor(const ShaderKey& key) {
   const auto known = programs_.find(key);
   if (known != programs_.end()) return known->second.name();
+  if (programs_.size() >= kMostPrograms) {
+    shadow_.program(0);
+    programs_.clear();
+  }
   GlProgram made =
       makeProgram(vertexText(key), expands(key.topology) ? geometryText(key) : std::string(), fragmentText(key));
   const GLuint program = made.name();

@@ -42,10 +42,15 @@ std::vector<std::uint32_t> decodePixels(device::Format format, std::span<const s
 std::vector<std::byte> encodePixels(device::Format format, std::span<const std::uint32_t> argb) {
   const std::uint32_t bytes = device::bytesPerPixel(format);
   std::vector<std::byte> pixels(argb.size() * bytes);
-  if (bytes == 4)
+  if (format == device::Format::X8R8G8B8) {
+    std::vector<std::uint32_t> opaque(argb.begin(), argb.end());
+    for (std::uint32_t& pixel : opaque) pixel |= kOpaque;
+    std::memcpy(pixels.data(), opaque.data(), pixels.size());
+  } else if (bytes == 4) {
     std::memcpy(pixels.data(), argb.data(), pixels.size());
-  else
+  } else {
     device::fromArgb(format, argb, pixels);
+  }
   return pixels;
 }
 
@@ -56,6 +61,9 @@ Texture::Texture(Shadow& shadow, const device::TextureDescription& description)
   forgetErrors();
   bind();
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, integer(description_.levels) - 1);
+  // Drawing leaves anything in an alpha that the format does not have.
+  if (description.renderTarget && !device::hasAlpha(description.format))
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_A, GL_ONE);
   for (std::uint32_t i = 0; i < description_.levels; ++i)
     glTexImage2D(GL_TEXTURE_2D, integer(i), GL_RGBA8, integer(width(i)), integer(height(i)), 0, kLayout, kType,
                  nullptr);
@@ -93,7 +101,9 @@ void Texture::upload(std::uint32_t level, std::span<const std::byte> pixels) {
 }
 
 std::vector<std::byte> Texture::read(std::uint32_t level) {
-  complete();
+  if (!(written_ >> level & 1))
+    return std::vector<std::byte>(std::size_t{width(level)} * height(level) *
+                                  device::bytesPerPixel(description_.format));
   bind();
   std::vector<std::uint32_t> argb(std::size_t{width(level)} * height(level));
   glGetTexImage(GL_TEXTURE_2D, integer(level), kLayout, kType, argb.data());
