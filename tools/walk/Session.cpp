@@ -17,7 +17,9 @@ namespace walk {
 namespace {
 
 std::string noteOf(const Options& options) {
-  nlohmann::ordered_json note = {{"level", options.level}, {"curves", options.curves}, {"no_pvs", options.noPvs}};
+  nlohmann::ordered_json note = {
+      {"level", options.level}, {"curves", options.curves}, {"no_pvs", options.noPvs}, {"play", options.play}};
+  for (const fs::path& package : options.packages) note["packages"].push_back(package.string());
   if (options.base) note["base"] = options.base->string();
   if (options.fieldOfView) note["fov"] = *options.fieldOfView;
   if (options.farPlane) note["far"] = *options.farPlane;
@@ -46,6 +48,9 @@ void applySession(Options& options) {
     }
     options.curves = note.at("curves").get<std::int32_t>();
     options.noPvs = note.at("no_pvs").get<bool>();
+    options.play = note.at("play").get<bool>();
+    if (note.contains("packages") && options.packages.empty())
+      for (const auto& package : note["packages"]) options.packages.emplace_back(package.get<std::string>());
     if (note.contains("fov")) options.fieldOfView = note["fov"].get<float>();
     if (note.contains("far")) options.farPlane = note["far"].get<float>();
   } catch (const nlohmann::json::exception&) {

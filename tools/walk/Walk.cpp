@@ -73,6 +73,7 @@ class Stage {
     std::reverse(packages.begin(), packages.end());
     for (const fs::path& package : packages) level_.OpenPackWAD(package.string());
     const Clock::time_point start = Clock::now();
+    level_.LoadShaderDirectory("scripts");
     level_.Load(place.name);
     report.loadMs = millisecondsSince(start);
     setVisibility(!options.noPvs && !options.play);  // some kinds of levels set their own
@@ -150,7 +151,7 @@ class Stage {
     engine_.GetVideoMode(report.width, report.height, format);
   }
 
-  void setVisibility(bool on) { level_.SetParameters(ql::True, on ? ql::True : ql::False); }
+  void setVisibility(bool on) { level_.SetParameters(ql::True, on ? ql::True : ql::False, ql::QL_DOUBLESIDED, ql::True); }
 
   void setCamera(const Pose& pose) {
     const Point look = distance(pose.eye, pose.look) > 1e-3 ? pose.look : pose.eye + Point{0, 0, 1};
@@ -282,6 +283,7 @@ void playByHand(Stage& session, const Options& options, const LevelPlace& place)
                  std::cos(h) * wish.forward - std::sin(h) * wish.aside, wish.jump},
                 seconds);
     session.frame(viewOf(player, heading, pitch));
+    if (options.replay) fmt::print("{} {:016x}\n", i, hashOf(session.picture()));
     if (options.fixedStep) session.advance(static_cast<std::uint32_t>(*options.fixedStep));
   }
 }
@@ -350,7 +352,7 @@ void run(const Options& given) {
     }
     if (options.poses)
       drawPoses(session, options, poses, sheet);
-    else if (options.play && options.window)
+    else if (options.play && inWindow)
       playByHand(session, options, place);
     else if (options.play)
       playRoute(session, options, place, sheet);
