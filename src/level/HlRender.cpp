@@ -159,9 +159,10 @@ class Painter {
   void drawBrushModels() {
     std::vector<std::pair<float, const BrushModel*>> models;
     for (const BrushModel& model : data_.brushModels) {
+      if (model.faceCount == 0 || !render::sphereInFrustum(level_.context, model.sphere.center, model.sphere.radius))
+        continue;
       const math::Vec3 center = math::transformPoint(model.sphere.center, level_.levelMatrix);
-      if (model.faceCount != 0 && render::sphereInFrustum(level_.context, center, model.sphere.radius))
-        models.emplace_back(math::length(math::subtract(center, level_.context.cameraPosition)), &model);
+      models.emplace_back(math::length(math::subtract(center, level_.context.cameraPosition)), &model);
     }
     std::vector<std::size_t> solid, translucent;
     // What lies behind shows through what is translucent: the farthest comes first.

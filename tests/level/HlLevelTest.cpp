@@ -243,8 +243,11 @@ TEST_F(HlLevelTest, CullsModelsByTheirSpheres) {
   stand(-64, 64, 32);
   context.frustumPlanes[3] = {1, 0, 0, -1000};
   EXPECT_TRUE(draws().empty());
-  context.frustumPlanes[3] = {-1, 0, 0, 90};  // x of the world up to 90: the pane at -32 with radius 72
+  // The pane's middle is at (-32, 32, -64) of the world, its radius 71.6, the margin 30.
+  context.frustumPlanes[3] = {0, 1, 0, -130};
   EXPECT_THAT(draws(), Contains(kPane));
+  context.frustumPlanes[3] = {0, 1, 0, -140};
+  EXPECT_THAT(draws(), Not(Contains(kPane)));
 }
 
 TEST_F(HlLevelTest, MakesLights) {
