@@ -27,25 +27,23 @@ std::string posesAsJson(std::span<const Pose> poses) {
 }
 
 std::string shaderScript() {
-  return R"(// Surfaces of the court that move. A level uses one by giving a face the name in front of the braces.
+  return R"(// Surfaces of the court that move or shine. A face uses one whose name is that of its texture.
 
-// Two layers of the water's picture that drift against each other, darkened by the light that falls on the pool.
-textures/court/water_flowing
+// The bottom of a pool, on it a drifting, shining layer that reflects, and the light that falls on both.
+textures/court/water
 {
 	surfaceparm water
 	surfaceparm trans
 	tessSize 64
 	{
 		map textures/court/water.tga
-		tcMod scale 1.5 1.5
-		tcMod scroll 0.02 0.03
-		tcMod turb 0 0.05 0 0.2
 	}
 	{
 		map textures/court/water.tga
-		blendFunc GL_ONE GL_ONE
+		blendFunc GL_SRC_COLOR GL_ONE
 		tcMod scale 0.7 0.7
 		tcMod scroll -0.03 0.01
+		tcMod turb 0 0.05 0 0.2
 	}
 	{
 		map $lightmap
@@ -53,11 +51,14 @@ textures/court/water_flowing
 	}
 }
 
-// A flame of three pictures that adds its light to what is behind it.
-textures/court/flame_burning
+// A flame that flickers through three pictures over its lamp.
+textures/court/lamp
 {
 	surfaceparm nolightmap
 	cull none
+	{
+		map textures/court/lamp.tga
+	}
 	{
 		animMap 8 textures/court/flame1.tga textures/court/flame2.tga textures/court/flame3.tga
 		blendFunc add
@@ -81,7 +82,7 @@ textures/court/sky_clouds
 }
 
 // Gilded trim: the picture, a reflection that moves with the view, and the light of its place.
-textures/court/gold_shining
+textures/court/gold
 {
 	{
 		map textures/court/gold.tga

@@ -11,8 +11,8 @@ namespace ql::maker {
 /// of the file.
 std::string posesAsJson(std::span<const Pose> poses);
 
-/// Shader scripts for surfaces that move: flowing water, flames, a sky. Their names differ from those of all texture
-/// files.
+/// Shader scripts for surfaces that move or shine: water, flames, gold, a sky. Those of water, lamps and gold have the
+/// names of textures, so that they take their places; the others are there to be used.
 std::string shaderScript();
 
 }  // namespace ql::maker

@@ -89,6 +89,8 @@ void Subject::loadLevel(const Options& options) {
   const fs::path file = fs::absolute(options.file).lexically_normal();
   const fs::path below = file.lexically_relative(baseOf(kind_, options).lexically_normal());
   level_ = ql::BSPTree8();
+  level_.LoadShaderDirectory((baseOf(kind_, options) / "scripts").string());
+  level_.SetParameters(ql::True, ql::True, ql::QL_DOUBLESIDED, ql::True);
   level_.Load(below.empty() || *below.begin() == ".." ? file.string() : below.generic_string());
 }
 
