@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
     ball.SetPosition(-8, 5, 8);
     letters.Create3DText("QL8");
     letters.ScaleMesh(0.08f, 0.08f, 0.08f);
-    letters.SetPosition(4, 0, 2);
+    letters.SetPosition(4, 2, 2);
     RenderSurface8 mirror = scene.CreateRenderSurface(512, 512, True);
     RenderSurface8 camera = scene.CreateRenderSurface(256, 256, True);
     const Vec3 behind{kEye.x, kEye.y, 2 * kMirrorZ - kEye.z}, middle{0, 12, kMirrorZ};

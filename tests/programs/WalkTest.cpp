@@ -3,6 +3,7 @@
 #include "support/TinyQ3Level.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 
 #include <gtest/gtest.h>
@@ -123,6 +124,23 @@ TEST_F(WalkProgram, WritesWhatEachThreadDoesWhen) {
   EXPECT_GE(counts["thread_name"], 2);
   for (const char* step : {"vertices", "binning", "tiles"}) EXPECT_GE(counts[step], 4) << step;
   EXPECT_EQ(walk("maps/room.bsp --no-pictures --stages poses.json/below").code, 3);
+}
+
+TEST_F(WalkProgram, OverlayTellsTheReportsNumbers) {
+  ASSERT_EQ(walk("maps/room.bsp --poses poses.json --size 640x300 --device ref --out with --overlay").code, 0);
+  ASSERT_EQ(walk("maps/room.bsp --poses poses.json --size 640x300 --device ref --out without").code, 0);
+  EXPECT_TRUE(std::filesystem::exists("with/loading.png"));
+  EXPECT_FALSE(std::filesystem::exists("without/loading.png"));
+  EXPECT_NE(contents("with/pose-000.png"), contents("without/pose-000.png"));
+  const auto frames = nlohmann::json::parse(contents("with/walk.json"))["frames"];
+  ASSERT_EQ(frames.size(), 2u);
+  EXPECT_FALSE(nlohmann::json::parse(contents("without/walk.json"))["frames"][0].contains("overlay"));
+  const std::string text = frames[1]["overlay"].dump();
+  char milliseconds[32];
+  std::snprintf(milliseconds, sizeof milliseconds, "frame 0: %.3f ms, ", frames[0]["ms"].get<double>());
+  EXPECT_NE(text.find(milliseconds), std::string::npos) << text;
+  for (const auto& [name, unit] : {std::pair("faces", " faces"), {"triangles", " triangles"}, {"draw_calls", " draw"}})
+    EXPECT_NE(text.find(std::to_string(frames[0][name].get<std::int64_t>()) + unit), std::string::npos) << text;
 }
 
 TEST_F(WalkProgram, FliesALevelsOwnPathAndLeavesTheUsersSettingsAlone) {
