@@ -3,6 +3,7 @@
 #include "walk/Failure.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -51,6 +52,12 @@ Box boxOf(const std::vector<Quasarlens3D::NormalVertex>& vertices) {
   return box;
 }
 
+Quasarlens3D::Vec3 centerOf(const Box& box) {
+  return {(box.low.x + box.high.x) / 2, (box.low.y + box.high.y) / 2, (box.low.z + box.high.z) / 2};
+}
+
+float distance(const Quasarlens3D::Vec3& a, float x, float y, float z) { return std::hypot(a.x - x, a.y - y, a.z - z); }
+
 }  // namespace
 
 MeshFacts factsOf(Quasarlens3D::Mesh8& mesh) {
@@ -68,8 +75,11 @@ MeshFacts factsOf(Quasarlens3D::Mesh8& mesh) {
   constexpr std::size_t kPlace = 36;  // position, rotation, scale
   record.skip(kPlace);
   const bool shape = record.take<std::int16_t>() != 0;
-  constexpr std::size_t kToBox = 2 + 4 + 4 + 2 + 2 + 16 + 2;  // sphere mapping to whether the bounds are valid
-  record.skip(kToBox);
+  constexpr std::size_t kToSphere = 2 + 4 + 4 + 2 + 2;  // sphere mapping to sprite
+  record.skip(kToSphere);
+  const auto sphere = record.take<Quasarlens3D::Vec3>();
+  const auto radius = record.take<float>();
+  record.skip(sizeof(std::int16_t));  // whether the bounds are valid
   facts.box = record.take<Box>();
   constexpr std::size_t kMotion = 16;
   record.skip(kMotion);
@@ -87,10 +97,19 @@ MeshFacts factsOf(Quasarlens3D::Mesh8& mesh) {
     record.skip(kRest);
     if (g > 0) facts.materials.push_back(material);
   }
-  if (!shape) {  // the box counts the origin too, where nothing may be
-    vertices.resize(std::min(vertices.size(), static_cast<std::size_t>(std::max(facts.vertices, 0))));
-    facts.box = boxOf(vertices);
+  if (shape) {
+    const Box& box = facts.box;
+    const Quasarlens3D::Vec3 center = centerOf(box);
+    facts.radius = std::min(distance(center, sphere.x, sphere.y, sphere.z) + radius,
+                            distance(center, box.low.x, box.low.y, box.low.z));
+    return facts;
   }
+  // The bounds count the origin too, where nothing may be.
+  vertices.resize(std::min(vertices.size(), static_cast<std::size_t>(std::max(facts.vertices, 0))));
+  facts.box = boxOf(vertices);
+  const Quasarlens3D::Vec3 center = centerOf(facts.box);
+  for (const Quasarlens3D::NormalVertex& v : vertices)
+    facts.radius = std::max(facts.radius, distance(center, v.x, v.y, v.z));
   return facts;
 }
 

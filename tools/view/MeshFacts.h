@@ -16,6 +16,7 @@ struct Box {
 struct MeshFacts {
   std::int32_t vertices = 0;
   Box box;                              ///< the mesh's own space
+  float radius = 0;                     ///< from the box's centre to the farthest vertex
   std::vector<std::int16_t> materials;  ///< of each group, from group 1
 };
 

@@ -26,14 +26,15 @@ using walk::Failure;
 constexpr double kTurnSpeed = 30;  // degrees per second
 
 /// How large the file's mesh is: the camera is set up before the device, which loading it for show needs.
-Box boxOf(Kind kind, const Options& options) {
+Extent extentOf(Kind kind, const Options& options) {
   if (kind == Kind::Level) return {};
   ql::Quasarlens8 engine;
   if (kind == Kind::Picture) {  // needs a device to know its size
     engine.SetEngineMode(16, 16, 32, ql::False);
     if (!engine.Initialize(0)) throw Failure(ExitCode::NoDevice, "no device could be created");
   }
-  return Subject(kind, options).box();
+  const Subject subject(kind, options);
+  return {subject.box(), subject.facts().radius};
 }
 
 View firstView(Kind kind, const Options& options) {
@@ -165,9 +166,9 @@ void show(const Options& given) {
   const Kind kind = kindOf(options.file);
   prepareDisplay(options);
   const walk::PrivateHome home;
-  const Box box = boxOf(kind, options);
+  const Extent extent = extentOf(kind, options);
 
-  Stage stage(options, kind, box);
+  Stage stage(options, kind, extent);
   std::string base = baseOf(kind, options).string();
   stage.engine().SetSearchDirectory(base);
   Subject subject(kind, options);

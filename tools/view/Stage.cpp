@@ -24,16 +24,17 @@ double degrees(double angle) { return angle * 180 / std::numbers::pi; }
 
 }  // namespace
 
-Stage::Stage(const Options& options, Kind kind, const Box& box) {
+Stage::Stage(const Options& options, Kind kind, const Extent& extent) {
   if (options.out || options.fixedStep) internals_.SetClock([time = time_] { return *time; });
   double fieldOfView = kFieldOfView, farPlane = 2 * kLevelFarPlane;
   if (kind == Kind::Level) {
     fieldOfView = kLevelFieldOfView;
     farPlane = kLevelFarPlane;
   } else {
+    const Box& box = extent.box;
     center_ = {(box.low.x + box.high.x) / 2, (box.low.y + box.high.y) / 2, (box.low.z + box.high.z) / 2};
-    const double width = box.high.x - box.low.x, height = box.high.y - box.low.y, depth = box.high.z - box.low.z;
-    radius_ = std::max(std::hypot(width, height, depth) / 2, 1e-4);
+    const double width = box.high.x - box.low.x, height = box.high.y - box.low.y;
+    radius_ = std::max(static_cast<double>(extent.radius), 1e-4);
     // What is small would be cut by the near plane: then the camera goes back and narrows its view.
     const double aspect = static_cast<double>(options.width) / options.height;
     const auto distanceFor = [&](double angle) {

@@ -22,10 +22,16 @@ struct View {
   double distance = 1;        ///< 1: everything is in view
 };
 
+/// What has to be in view.
+struct Extent {
+  Box box;
+  float radius = 0;  ///< from the box's centre
+};
+
 class Stage {
  public:
-  /// @param box what has to be in view @throws walk::Failure NoDevice
-  Stage(const Options& options, Kind kind, const Box& box);
+  /// @throws walk::Failure NoDevice
+  Stage(const Options& options, Kind kind, const Extent& extent);
 
   ql::Quasarlens8& engine() { return engine_; }
 
