@@ -63,6 +63,11 @@ class Painter {
     }
   }
 
+  void drawAll() {
+    for (std::int32_t slot = 1; slot <= registry_.count(); ++slot)
+      if (registry_.at(slot)->parent == 0) drawTree(static_cast<std::int16_t>(slot), {});
+  }
+
  private:
   void pushChildren(const MeshRecord& mesh) {
     for (auto child = mesh.children.rbegin(); child != mesh.children.rend(); ++child)
@@ -290,11 +295,7 @@ void renderGroupRange(engine::EngineContext& context, std::int16_t slot, std::in
   Painter(context).drawTree(slot, {.range = true, .first = first, .last = last});
 }
 
-void renderAllMeshes(engine::EngineContext& context) {
-  Painter painter(context);
-  for (std::int32_t slot = 1; slot <= meshCount(context); ++slot)
-    if (meshRecord(context, slot).parent == 0) painter.drawTree(static_cast<std::int16_t>(slot), {});
-}
+void renderAllMeshes(engine::EngineContext& context) { Painter(context).drawAll(); }
 
 void startMeshes(engine::EngineContext& context) {
   context.frameSteps.add(engine::FrameStage::EndOfFrame, [&context] {
