@@ -2,6 +2,7 @@
 
 #include "HalfLifeReport.h"
 #include "MeshReport.h"
+#include "ScriptReport.h"
 #include "Validated.h"
 #include "archive/PakArchive.h"
 #include "level/EntityText.h"
@@ -20,6 +21,8 @@ namespace ql::inspect {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr std::string_view kScriptEnding = ".shader";
 
 /// Bytes of one record of each lump, in the order of the file's directory; 0: not made of records.
 struct LumpKind {
@@ -134,6 +137,9 @@ nlohmann::ordered_json report(const std::string& name, std::span<const std::byte
   if (startsWith(bytes, "PACK")) return archiveReport(bytes, validate);
   if (isHalfLife(bytes)) return halfLifeReport(bytes, validate);
   if (isMesh(name, bytes)) return meshReport(bytes, validate);
+  if (host::equalIgnoringCase(std::string_view(name).substr(name.size() - std::min(name.size(), kScriptEnding.size())),
+                              kScriptEnding))
+    return scriptReport({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, validate);
   return pictureReport(name, bytes, validate);
 }
 

@@ -51,7 +51,8 @@ int main(int argc, char** argv) {
   std::vector<std::string> files;
   bool validate = false, quiet = false, verbose = false;
   app.add_option("FILE", files,
-                 "Quake 3 and Half-Life levels; WAD3 packages; QLOF, QLMESH, 3DS, DXE and X meshes; PAK archives; BMP, "
+                 "Quake 3 and Half-Life levels; WAD3 packages; shader scripts; QLOF, QLMESH, 3DS, DXE and X meshes; "
+                 "PAK archives; BMP, "
                  "JPG, TGA, PNG and DDS pictures")
       ->required();
   app.add_flag("--validate", validate, "Read each file as the engine does, and say whether it would load");

@@ -153,5 +153,21 @@ TEST(RealScripts, AreReadWhole) {
   EXPECT_GT(stages, shaders / 2);
 }
 
+TEST(HostileScripts, EndWhereverTheyAreCut) {
+  for (const std::filesystem::path& file : test::sharedFiles("hostile/q3shader")) {
+    SCOPED_TRACE(file);
+    const std::vector<std::byte> bytes = host::readFile(file.string());
+    const std::string_view whole(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::size_t step = 1 + whole.size() / 200;
+    for (std::size_t size = 0; size <= whole.size(); size += step) {
+      const std::string script(whole.substr(0, size));  // a buffer of exactly that size
+      for (const ScriptEntry& entry : indexScript(script)) {
+        EXPECT_LE(entry.body, script.size());
+        EXPECT_LE(parseShaderBody(script, entry.body).stages.size(), kMostStages);
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace ql::render::shaders
