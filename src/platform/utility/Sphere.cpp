@@ -20,7 +20,8 @@ std::shared_ptr<SubsetMesh> createSphere(float radius, std::int32_t slices, std:
   std::vector<std::uint32_t> indices;
   const auto add = [&](double around, std::int32_t stack) {
     // The last column stands exactly where the first one does.
-    const double turn = around == slices ? 0 : 2 * std::numbers::pi * around / slices, fall = std::numbers::pi * stack / stacks;
+    const double turn = around == slices ? 0 : 2 * std::numbers::pi * around / slices,
+                 fall = std::numbers::pi * stack / stacks;
     const double ring = stack == 0 || stack == stacks ? 0 : std::sin(fall);
     const math::Vec3 normal{static_cast<float>(ring * std::sin(turn)), static_cast<float>(std::cos(fall)),
                             static_cast<float>(-ring * std::cos(turn))};
