@@ -14,7 +14,7 @@ constexpr std::size_t kEndingLength = 4;  // of ".TGA"
 constexpr std::int32_t kBlackKey = static_cast<std::int32_t>(0xFF000000);
 constexpr math::Color4 kWhite{1, 1, 1, 1};
 
-std::int16_t loadPicture(engine::EngineContext& context, std::string name) {
+std::int16_t loadPicture(engine::EngineContext& context, const std::string& name) {
   std::int32_t width = -1, height = -1, key = kBlackKey;
   std::string file = name;
   return loadTexture(context, file, name, width, height, key)->index;
