@@ -85,7 +85,7 @@ struct Head {
 template <class Tokens>
 class Reader {
  public:
-  explicit Reader(Tokens tokens) : tokens_(std::move(tokens)) {}
+  explicit Reader(const Tokens& tokens) : tokens_(tokens) {}
 
   Scene read() {
     const math::Mat4 unmoved = math::identity();
@@ -369,7 +369,7 @@ class Reader {
 
 }  // namespace
 
-Scene readObjects(TextTokens tokens) { return Reader<TextTokens>(std::move(tokens)).read(); }
-Scene readObjects(BinaryTokens tokens) { return Reader<BinaryTokens>(std::move(tokens)).read(); }
+Scene readObjects(TextTokens tokens) { return Reader<TextTokens>(tokens).read(); }
+Scene readObjects(BinaryTokens tokens) { return Reader<BinaryTokens>(tokens).read(); }
 
 }  // namespace ql::xfile
