@@ -9,6 +9,7 @@
 
 #include "platform/software/Bins.h"
 #include "platform/software/Clip.h"
+#include "platform/software/Meter.h"
 #include "platform/software/Numeric.h"
 #include "platform/software/Triangle.h"
 #include "platform/software/Vertices-inl.h"
@@ -30,8 +31,10 @@ class Binner {
     pipeline_ = draw.pipeline;
     for (std::uint32_t done = 0; done < count; done += kChunk) {
       const std::uint32_t vertex = (first - draw.first + done) * 3, some = std::min(kChunk, count - done);
+      const std::int64_t start = Meter::now();
       transformVertices(*pipeline_, draw.vertex(vertex), draw.stride, std::size_t{some} * 3, draw.writable(vertex),
                         &places_);
+      job_.vertexNanoseconds += Meter::now() - start;
       if (pipeline_->fill != device::FillMode::Solid) {
         for (std::uint32_t i = 0; i < some; ++i) primitive(draw, first + done + i);
         continue;
@@ -299,6 +302,7 @@ inline void bin(std::span<const Draw> draws, std::int32_t tilesX, std::int32_t t
   job.extras.clear();
   job.records.clear();
   job.drawn = job.clipped = 0;
+  job.vertexNanoseconds = 0;
   Binner binner(tilesX, job);
   std::uint32_t number = job.firstPrimitive;
   const std::uint32_t end = number + job.primitiveCount;

@@ -60,6 +60,7 @@ struct Job {
   std::vector<std::vector<std::uint32_t>> lists;
   std::vector<Extra> extras;
   std::vector<float> records;
+  std::int64_t vertexNanoseconds = 0;    ///< spent on transforming vertices
   std::uint32_t drawn = 0, clipped = 0;  ///< triangles listed somewhere, whole or in parts; triangles that were cut
 };
 

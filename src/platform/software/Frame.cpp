@@ -149,8 +149,10 @@ void Frame::binAll(const Target& target) {
     job.firstDraw = draw;
   }
   pool_.run(static_cast<std::uint32_t>(jobCount_), [&](std::uint32_t i, unsigned worker) {
-    meter_.time(worker, device::WorkStep::Binning,
-                [&] { kernels_.geometry.bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]); });
+    meter_.time(worker, device::WorkStep::Vertices, device::WorkStep::Binning, [&] {
+      kernels_.geometry.bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]);
+      return jobs_[i].vertexNanoseconds;
+    });
   });
 }
 

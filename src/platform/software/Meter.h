@@ -4,7 +4,9 @@
 
 #include "platform/device/Statistics.h"
 
+#include <array>
 #include <chrono>
+#include <cstdint>
 #include <vector>
 
 namespace ql::software {
@@ -20,6 +22,20 @@ class Meter {
     const std::int64_t begin = now();
     work();
     add(thread, step, begin, now());
+  }
+
+  /// The same for work that alternates between two steps in small parts; the first one's is told as if it came first.
+  /// @param work returns the nanoseconds that it spent on the first one
+  template <class F>
+  void time(unsigned thread, device::WorkStep first, device::WorkStep second, F&& work) {
+    const std::int64_t begin = now();
+    const std::int64_t change = begin + work();
+    add(thread, first, begin, change);
+    add(thread, second, change, now());
+  }
+
+  static std::int64_t now() {
+    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
   }
 
   void keepSpans(bool on) {
@@ -48,9 +64,6 @@ class Meter {
     std::array<std::int64_t, device::kWorkSteps> nanoseconds{};
     std::vector<device::WorkSpan> spans;
   };
-  static std::int64_t now() {
-    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-  }
   void add(unsigned thread, device::WorkStep step, std::int64_t begin, std::int64_t end) {
     Worker& worker = workers_[thread];
     worker.nanoseconds[static_cast<std::size_t>(step)] += end - begin;
