@@ -37,7 +37,6 @@ class StageFile {
       for (; rows_ <= span.thread; ++rows_) row(rows_ + 1, "thread " + std::to_string(rows_));
       event(kStepNames[static_cast<std::size_t>(span.step)], span.thread + 1, span.begin, span.end);
     }
-    backEnd.keepSpans(true);  // a new device doesn't know yet
   }
 
   bool finish() {
@@ -96,7 +95,12 @@ bool startStages(EngineContext& context, const std::string& fileName) {
     return false;
   }
   current.file = std::move(file);
-  if (!current.registered) context.frameSteps.add(FrameStage::EndOfFrame, [&context] { endOfFrame(context); });
+  if (!current.registered) {
+    context.frameSteps.add(FrameStage::EndOfFrame, [&context] { endOfFrame(context); });
+    context.deviceSteps.add(DeviceStage::Created, [&context] {
+      if (context.get<CurrentStages>().file) context.device->backEnd()->keepSpans(true);
+    });
+  }
   current.registered = true;
   if (context.device) context.device->backEnd()->keepSpans(true);
   return true;

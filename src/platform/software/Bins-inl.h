@@ -292,7 +292,7 @@ class Binner {
   const Draw* draw_ = nullptr;
   const Pipeline* pipeline_ = nullptr;
   std::uint32_t number_ = 0;
-  Places places_;
+  Places places_{};      ///< lanes without a triangle read what was there before
   bool listed_ = false;  ///< whether some tile has the triangle
 };
 
