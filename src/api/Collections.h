@@ -16,6 +16,7 @@ namespace ql::api {
 template <class Public, class Object>
 std::vector<Public> wrapAll(const std::vector<std::shared_ptr<Object>>& objects) {
   std::vector<Public> handles;
+  handles.reserve(objects.size());
   for (const std::shared_ptr<Object>& object : objects) handles.push_back(Access::make<Public>(object));
   return handles;
 }

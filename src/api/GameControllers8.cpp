@@ -48,6 +48,7 @@ void GameControllers8::Clear() {
 std::vector<GameController8> GameControllers8::NewEnum() const {
   return call(*this, [](GameControllersObject& self) {
     std::vector<GameController8> handles;
+    handles.reserve(static_cast<std::size_t>(self.controllers->list().count()));
     for (const auto& controller : self.controllers->list().items()) handles.push_back(wrap(controller));
     return handles;
   });
@@ -61,9 +62,8 @@ InputEngine8 GameControllers8::Parent() const {
 namespace ql::api {
 
 void raiseControllerChanges() {
-  // The engine may end in a handler.
-  const std::shared_ptr<engine::EngineContext> current = context();
-  const std::shared_ptr<input::Controllers> controllers = current->get<input::InputState>().controllers.lock();
+  // Kept, since the engine may end in a handler; its controllers keep their context.
+  const std::shared_ptr<input::Controllers> controllers = context()->get<input::InputState>().controllers.lock();
   if (!controllers) return;
   for (const std::shared_ptr<input::Controller>& controller : guard([&] { return controllers->due(); }))
     if (guard([&] { return controller->update(); }))

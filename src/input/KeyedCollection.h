@@ -39,6 +39,7 @@ class KeyedCollection {
   void clear() { entries_.clear(); }
   std::vector<std::shared_ptr<T>> items() const {
     std::vector<std::shared_ptr<T>> all;
+    all.reserve(entries_.size());
     for (const auto& entry : entries_) all.push_back(entry.second);
     return all;
   }
