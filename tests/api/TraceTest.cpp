@@ -28,6 +28,7 @@ class TracedEngine : public EngineTest {
   void load() {
     const std::vector<std::byte> bytes = TinyQ3Level().bytes();
     put("maps/room.bsp", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    engine.Console(False);  // its pictures would be the trace's, too
     level.Load("maps/room.bsp");
   }
   /// Draws the level with text over it; what the host reads of it.
