@@ -109,11 +109,11 @@ class Loader {
       level_.context.log.write("BSP TREE : texture " + texture.name + " : " + fault.what());
       return false;
     }
-    texture.texture = create(std::move(*image));
+    texture.texture = create(*image);
     return true;
   }
 
-  std::shared_ptr<device::Texture> create(images::Image image) {
+  std::shared_ptr<device::Texture> create(const images::Image& image) {
     device::Device& device = level_.context.requireDevice();
     const bool keyed = image.hasAlpha;
     const utility::TextureRequirements size =
