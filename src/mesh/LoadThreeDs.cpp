@@ -229,7 +229,7 @@ class Loader {
     }
     record.normalVertices[count] = {};
     record.colorVertices[count] = {};
-    group.count = static_cast<std::int16_t>(group.count + faces.size() * 3);
+    group.count = static_cast<std::int16_t>(static_cast<std::size_t>(group.count) + faces.size() * 3);
     record.vertexCount = static_cast<std::int32_t>(count);
   }
 
