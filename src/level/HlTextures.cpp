@@ -16,21 +16,14 @@
 namespace ql::level {
 namespace {
 
-constexpr std::string_view kTrigger = "AAATRIGGER";
+constexpr std::string_view kTrigger = "aaatrigger";
 /// Textures of faces that stand for something else than a picture; nobody misses them.
-constexpr std::array<std::string_view, 7> kTools{"SKY", "CLIP", "NULL", "ORIGIN", "HINT", "SKIP", kTrigger};
+constexpr std::array<std::string_view, 7> kTools{"sky", "clip", "null", "origin", "hint", "skip", kTrigger};
 
 struct Package {
   std::vector<std::byte> bytes;
   std::vector<WadEntry> entries;
 };
-
-std::string upperCase(std::string_view text) {
-  std::string out(text);
-  for (char& c : out)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return out;
-}
 
 /// A name that is one component of a path.
 std::string fileNameOf(std::string_view name) {
@@ -62,7 +55,7 @@ class Loader {
       LevelTexture& texture = level_.data.textures.emplace_back();
       texture.name = host::fieldText(bsp_.textures[i].header.name);
       load(i, texture);
-      if (upperCase(texture.name).find(kTrigger) != std::string::npos)
+      if (host::foldCase(texture.name).find(kTrigger) != std::string::npos)
         level_.data.triggerTexture = static_cast<std::int32_t>(i);
     }
     if (!missing_.empty()) level_.context.log.write("BSP TREE : textures that are nowhere, replaced:" + missing_);
@@ -143,8 +136,8 @@ class Loader {
     const auto handle = render::loadTexture(level_.context, bitmap, "", width, height, colorKey);
     texture.texture = level_.context.get<render::TextureTable>().entries.at(handle->index).texture;
     if (texture.texture) return copyPicture(index, texture);
-    const std::string upper = upperCase(texture.name);
-    if (std::find(kTools.begin(), kTools.end(), upper) == kTools.end()) missing_ += ' ' + texture.name;
+    const std::string folded = host::foldCase(texture.name);
+    if (std::find(kTools.begin(), kTools.end(), folded) == kTools.end()) missing_ += ' ' + texture.name;
     if (!replacement_) replacement_ = create(replacement());
     texture.texture = replacement_;
   }
