@@ -1,11 +1,9 @@
 // Makes a Half-Life level and its texture package from a description.
 #include "Build.h"
+#include "MadeFiles.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <optional>
 
 #include <CLI/CLI.hpp>
 
@@ -15,39 +13,6 @@ namespace fs = std::filesystem;
 using ql::hl_maker::Bytes;
 
 enum ExitCode { kOk = 0, kDiffers = 1, kUsage = 2, kUnreadable = 3, kMalformed = 4 };
-
-std::optional<std::string> readFile(const fs::path& path) {
-  std::error_code error;
-  if (!fs::is_regular_file(path, error)) return std::nullopt;
-  std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) return std::nullopt;
-  return text;
-}
-
-/// Writes beside the target and renames, so that a failure leaves the old file.
-bool writeFile(const fs::path& path, const Bytes& bytes) {
-  std::error_code error;
-  fs::create_directories(path.parent_path(), error);
-  fs::path temporary = path;
-  temporary += ".part";
-  {
-    std::ofstream file(temporary, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!file.flush()) return false;
-  }
-  fs::rename(temporary, path, error);
-  return !error;
-}
-
-bool isSame(const fs::path& path, const Bytes& bytes) {
-  const auto old = readFile(path);
-  const bool same = old && old->size() == bytes.size() &&
-                    std::equal(bytes.begin(), bytes.end(), old->begin(),
-                               [](std::uint8_t a, char b) { return a == static_cast<std::uint8_t>(b); });
-  if (!same) std::cerr << path.string() << (old ? " differs\n" : " is missing\n");
-  return same;
-}
 
 }  // namespace
 
@@ -68,7 +33,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kOk : kUsage;
   }
-  const auto text = readFile(description);
+  const auto text = ql::maker::readFile(description);
   if (!text) {
     std::cerr << "cannot read " << description << "\n";
     return kUnreadable;
@@ -89,8 +54,8 @@ int main(int argc, char** argv) {
     bool same = true;
     for (const auto& [path, bytes] : files) {
       if (checkOption->count() > 0) {
-        same = isSame(path, bytes) && same;
-      } else if (!writeFile(path, bytes)) {
+        same = ql::maker::isSame(path, bytes, path.string()) && same;
+      } else if (!ql::maker::writeFile(path, bytes)) {
         std::cerr << "cannot write " << path.string() << "\n";
         return kUnreadable;
       }

@@ -1,8 +1,8 @@
 #include "Description.h"
+#include "MadeFiles.h"
 #include "Maker.h"
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <thread>
 
@@ -14,41 +14,10 @@ namespace fs = std::filesystem;
 
 enum ExitCode { kOk = 0, kDiffers = 1, kUsage = 2, kUnreadable = 3, kMalformed = 4 };
 
-std::optional<std::string> readFile(const fs::path& path) {
-  std::error_code error;
-  if (!fs::is_regular_file(path, error)) return std::nullopt;
-  std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) return std::nullopt;
-  return text;
-}
-
-/// Writes beside the target and renames, so that a failure leaves the old file.
-bool writeFile(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
-  std::error_code error;
-  fs::create_directories(path.parent_path(), error);
-  fs::path temporary = path;
-  temporary += ".part";
-  {
-    std::ofstream file(temporary, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!file.flush()) return false;
-  }
-  fs::rename(temporary, path, error);
-  return !error;
-}
-
 int check(const ql::maker::Files& files, const fs::path& folder) {
   int result = kOk;
-  for (const auto& [name, bytes] : files) {
-    const auto old = readFile(folder / name);
-    const bool same = old && old->size() == bytes.size() &&
-                      std::equal(bytes.begin(), bytes.end(), old->begin(),
-                                 [](std::uint8_t a, char b) { return a == static_cast<std::uint8_t>(b); });
-    if (same) continue;
-    std::cerr << name << (old ? " differs\n" : " is missing\n");
-    result = kDiffers;
-  }
+  for (const auto& [name, bytes] : files)
+    if (!ql::maker::isSame(folder / name, bytes, name)) result = kDiffers;
   return result;
 }
 
@@ -77,7 +46,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kOk : kUsage;
   }
-  const auto text = readFile(description);
+  const auto text = ql::maker::readFile(description);
   if (!text) {
     std::cerr << "cannot read " << description << "\n";
     return kUnreadable;
@@ -90,7 +59,7 @@ int main(int argc, char** argv) {
     const ql::maker::Files files = ql::maker::makeFiles(*text, options);
     if (checkOption->count() > 0) return check(files, compare);
     for (const auto& [name, bytes] : files) {
-      if (writeFile(fs::path(out) / name, bytes)) continue;
+      if (ql::maker::writeFile(fs::path(out) / name, bytes)) continue;
       std::cerr << "cannot write " << (fs::path(out) / name).string() << "\n";
       return kUnreadable;
     }
