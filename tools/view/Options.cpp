@@ -1,8 +1,7 @@
 #include "Options.h"
 
+#include "walk/CommonOptions.h"
 #include "walk/Failure.h"
-
-#include <cstdio>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -12,20 +11,6 @@ namespace {
 
 using walk::ExitCode;
 using walk::Failure;
-
-constexpr int kLargestSide = 16384;
-constexpr int kMostFrames = 1'000'000;
-
-void parseSize(const std::string& text, Options& options) {
-  int width = 0, height = 0, end = 0;
-  if (std::sscanf(text.c_str(), "%6dx%6d%n", &width, &height, &end) != 2 ||
-      static_cast<std::size_t>(end) != text.size() || width < 1 || height < 1)
-    throw Failure(ExitCode::Usage, fmt::format("--size: '{}' is not WIDTHxHEIGHT", text));
-  if (width > kLargestSide || height > kLargestSide)
-    throw Failure(ExitCode::Limit, fmt::format("--size: {} exceeds {} pixels a side", text, kLargestSide));
-  options.width = width;
-  options.height = height;
-}
 
 }  // namespace
 
@@ -62,7 +47,7 @@ std::optional<Options> parseOptions(int argc, char** argv) {
       ->check(CLI::Range(0.05, 1000.0));
   app.add_option("--frames", options.frames, "pictures over one turn; frames until the window closes")
       ->type_name("N")
-      ->check(CLI::Range(1, kMostFrames));
+      ->check(CLI::Range(1, walk::kMostFrames));
   app.add_option("--fixed-step", options.fixedStep, "engine time of a frame, milliseconds; default: real time")
       ->type_name("MS")
       ->check(CLI::Range(1, 200));
@@ -89,7 +74,11 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   if (device.empty()) device = options.out ? "ref" : "auto";
   if (device != "auto") options.device = device == "hal" ? DeviceChoice::Hardware : DeviceChoice::Reference;
   if (!up.empty()) options.up = up == "y" ? UpAxis::Y : UpAxis::Z;
-  if (!size.empty()) parseSize(size, options);
+  if (!size.empty()) {
+    const walk::PictureSize side = walk::parseSize(size);
+    options.width = side.width;
+    options.height = side.height;
+  }
   options.talk = quiet ? Talk::Quiet : verbose ? Talk::Verbose : Talk::Normal;
   return options;
 }

@@ -6,11 +6,11 @@
 #include "walk/Failure.h"
 #include "walk/Picture.h"
 #include "walk/PrivateHome.h"
+#include "walk/TextFile.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <optional>
 
 #include <fmt/format.h>
@@ -130,16 +130,6 @@ nlohmann::ordered_json jsonOf(const Options& options, const Stage& stage, const 
   return json;
 }
 
-void writeText(const std::string& file, const std::string& text) {
-  if (file == "-") {
-    fmt::print("{}", text);
-    return;
-  }
-  std::ofstream out(file, std::ios::binary);
-  out << text;
-  if (!out.flush()) throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", file));
-}
-
 /// The engine works in the folder of the textures: files are named from where the program was started.
 Options absolute(Options options) {
   options.file = fs::absolute(options.file);
@@ -189,7 +179,7 @@ void show(const Options& given) {
     showWindow(stage, subject, options, list);
   }
   if (options.json)
-    writeText(
+    walk::writeText(
         *options.json,
         jsonOf(options, stage, subject, findings).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
   if (findings.code) throw Failure(*findings.code, findings.errors.front());

@@ -1,30 +1,12 @@
 #include "Options.h"
 
+#include "CommonOptions.h"
 #include "Failure.h"
-
-#include <cstdio>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 namespace walk {
-namespace {
-
-constexpr int kLargestSide = 16384;
-constexpr int kMostFrames = 1'000'000;
-
-void parseSize(const std::string& text, Options& options) {
-  int width = 0, height = 0, end = 0;
-  if (std::sscanf(text.c_str(), "%6dx%6d%n", &width, &height, &end) != 2 ||
-      static_cast<std::size_t>(end) != text.size() || width < 1 || height < 1)
-    throw Failure(ExitCode::Usage, fmt::format("--size: '{}' is not WIDTHxHEIGHT", text));
-  if (width > kLargestSide || height > kLargestSide)
-    throw Failure(ExitCode::Limit, fmt::format("--size: {} exceeds {} pixels a side", text, kLargestSide));
-  options.width = width;
-  options.height = height;
-}
-
-}  // namespace
 
 std::optional<Options> parseOptions(int argc, char** argv) {
   Options options;
@@ -116,7 +98,11 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   if (device.empty()) device = options.window && !options.replay ? "auto" : "ref";
   if (device != "auto") options.device = device == "hal" ? DeviceChoice::Hardware : DeviceChoice::Reference;
   options.curves = curves == "low" ? 0 : curves == "normal" ? 1 : 2;
-  if (!size.empty()) parseSize(size, options);
+  if (!size.empty()) {
+    const PictureSize side = parseSize(size);
+    options.width = side.width;
+    options.height = side.height;
+  }
   if (options.window && options.poses) throw Failure(ExitCode::Usage, "--window shows a flight: --poses excludes it");
   if (options.play && options.poses) throw Failure(ExitCode::Usage, "--play goes its own way: --poses excludes it");
   if (options.play && options.replay) throw Failure(ExitCode::Usage, "--play excludes --replay");

@@ -12,6 +12,7 @@
 #include "Report.h"
 #include "Route.h"
 #include "Session.h"
+#include "TextFile.h"
 
 #include <Quasarlens3D/Quasarlens3D.h>
 
@@ -19,7 +20,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -151,7 +151,9 @@ class Stage {
     engine_.GetVideoMode(report.width, report.height, format);
   }
 
-  void setVisibility(bool on) { level_.SetParameters(ql::True, on ? ql::True : ql::False, ql::QL_DOUBLESIDED, ql::True); }
+  void setVisibility(bool on) {
+    level_.SetParameters(ql::True, on ? ql::True : ql::False, ql::QL_DOUBLESIDED, ql::True);
+  }
 
   void setCamera(const Pose& pose) {
     const Point look = distance(pose.eye, pose.look) > 1e-3 ? pose.look : pose.eye + Point{0, 0, 1};
@@ -299,12 +301,6 @@ void checkLog(const PrivateHome& home, Talk talk) {
   if (!fault.empty()) throw Failure(ExitCode::Malformed, "the level could not be loaded: " + fault);
 }
 
-void writeText(const fs::path& file, const std::string& text) {
-  std::ofstream out(file, std::ios::binary);
-  out << text;
-  if (!out.flush()) throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", file.string()));
-}
-
 void prepareOut(const fs::path& folder) {
   std::error_code error;
   fs::create_directories(folder, error);
@@ -367,7 +363,7 @@ void run(const Options& given) {
   if (jsonToOutput)
     fmt::print("{}", report.json());
   else if (!(inWindow || options.noPictures) || options.json)
-    writeText(jsonFile, report.json());
+    writeText(jsonFile.string(), report.json());
   if (options.talk == Talk::Quiet || jsonToOutput) return;
   if (!inWindow && !options.noPictures) fmt::print("pictures and timings: {}\n", options.out.string());
   fmt::print(options.replay ? stderr : stdout,
