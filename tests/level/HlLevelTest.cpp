@@ -1,10 +1,7 @@
-#include "engine/Engine.h"
-#include "level/Level.h"
+#include "RunningLevel.h"
 #include "render/Lights.h"
 #include "render/TextureTable.h"
 #include "support/SharedData.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestPlatform.h"
 #include "support/TinyHlLevel.h"
 
 #include <filesystem>
@@ -22,57 +19,20 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 using testing::Not;
-using Lines = std::vector<std::string>;
 
 void putBytes(const std::string& name, const std::vector<std::byte>& bytes) {
   test::put(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
-/// An engine with a device that draws nothing, a level object, and files in a folder of their own.
-class HlLevelTest : public testing::Test {
+class HlLevelTest : public RunningLevel {
  protected:
-  HlLevelTest() {
-    engine::startEngine(context);
-    engine::initialize(context, engine::kOwnWindow);
-    level = std::make_unique<Level>(context);
-  }
-  ~HlLevelTest() override {
-    if (context.device) context.device->setCallSink(nullptr);
-  }
-
-  void load(const TinyHlLevel& tiny, const LoadOptions& options = {}) {
-    std::string name = "tiny.bsp";
-    context.console = false;
-    putBytes(name, tiny.bytes());
-    machine.clearLog();
-    level->load(name, options);
-  }
+  void load(const TinyHlLevel& tiny, const LoadOptions& options = {}) { loadBytes(tiny.bytes(), "tiny.bsp", options); }
   /// Camera at a point of the file's space.
   void stand(float x, float y, float z) {
     context.cameraPosition = {-x, z, -y};
     context.cameraLookAt = math::add(context.cameraPosition, {1, 0, 0});
     machine.clock->now += 2001;
   }
-  Lines render() {
-    recorder.clear();
-    context.facesThisFrame = 0;
-    context.device->beginScene();
-    context.device->setCallSink(&recorder);
-    level->render();
-    context.device->setCallSink(nullptr);
-    context.device->endScene();
-    return recorder.lines();
-  }
-  Lines draws() {
-    render();
-    return recorder.lines({"DrawPrimitive"});
-  }
-
-  test::TemporaryFolder folder;
-  test::TestMachine machine;
-  engine::EngineContext context{machine.platform()};
-  recording::Recorder recorder;
-  std::unique_ptr<Level> level;
 };
 
 // Fans (6) of four vertices each, in the faces' order.

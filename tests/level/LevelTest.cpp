@@ -1,11 +1,8 @@
-#include "engine/Engine.h"
-#include "level/Level.h"
+#include "RunningLevel.h"
 #include "level/Lightmap.h"
 #include "render/TextureTable.h"
 #include "support/PakFile.h"
 #include "support/SharedData.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestPlatform.h"
 #include "support/TinyQ3Level.h"
 
 #include <cmath>
@@ -21,27 +18,10 @@ using test::TinyQ3Level;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsSupersetOf;
-using Lines = std::vector<std::string>;
 
-/// An engine with a device that draws nothing, a level object, and files in a folder of their own.
-class LevelTest : public testing::Test {
+class LevelTest : public RunningLevel {
  protected:
-  LevelTest() {
-    engine::startEngine(context);
-    engine::initialize(context, engine::kOwnWindow);
-    level = std::make_unique<Level>(context);
-  }
-  ~LevelTest() override {
-    if (context.device) context.device->setCallSink(nullptr);
-  }
-
-  void load(const TinyQ3Level& tiny, std::string name = "tiny.bsp") {
-    context.console = false;
-    const std::vector<std::byte> file = tiny.bytes();
-    test::put(name, {reinterpret_cast<const char*>(file.data()), file.size()});
-    machine.clearLog();
-    level->load(name, {});
-  }
+  void load(const TinyQ3Level& tiny, const std::string& name = "tiny.bsp") { loadBytes(tiny.bytes(), name); }
   /// Camera at a point of the file's space, looking along an angle in the ground plane (degrees from +x towards -z of
   /// the world).
   void stand(float x, float y, float z, float degrees = 0) {
@@ -49,27 +29,6 @@ class LevelTest : public testing::Test {
     context.cameraPosition = {-x, z, -y};
     context.cameraLookAt = math::add(context.cameraPosition, {std::cos(radians), 0, -std::sin(radians)});
   }
-  /// Device calls of one Render.
-  Lines render() {
-    recorder.clear();
-    context.facesThisFrame = 0;
-    context.device->beginScene();
-    context.device->setCallSink(&recorder);
-    level->render();
-    context.device->setCallSink(nullptr);
-    context.device->endScene();
-    return recorder.lines();
-  }
-  Lines draws() {
-    render();
-    return recorder.lines({"DrawPrimitive"});
-  }
-
-  test::TemporaryFolder folder;
-  test::TestMachine machine;
-  engine::EngineContext context{machine.platform()};
-  recording::Recorder recorder;
-  std::unique_ptr<Level> level;
 };
 
 // Vertices 0, 6 and 12 are the floors and the ceiling, 18 the curve (8 triangles).

@@ -1,19 +1,14 @@
 // Faces whose textures have shaders, and the sky.
-#include "engine/Engine.h"
-#include "level/Level.h"
+#include "RunningLevel.h"
 #include "mesh/MeshRecord.h"
 #include "render/Subsystems.h"
 #include "render/shaders/Shaders.h"
 #include "support/PictureFiles.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestPlatform.h"
 #include "support/TinyQ3Level.h"
 
 #include <array>
 #include <cstring>
-#include <initializer_list>
 #include <set>
-#include <string_view>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,44 +17,17 @@ namespace ql::level {
 namespace {
 
 using testing::ElementsAre;
-using Lines = std::vector<std::string>;
 
-class ShaderPass : public testing::Test {
+class ShaderPass : public RunningLevel {
  protected:
-  ShaderPass() {
-    engine::startEngine(context);
-    render::startSubsystems(context);
-    engine::initialize(context, engine::kOwnWindow);
-    level = std::make_unique<Level>(context);
-  }
-  ~ShaderPass() override { context.device->setCallSink(nullptr); }
-
+  ShaderPass() { render::startSubsystems(context); }
   /// Loads the small level with a script; all its faces are listed in every frame.
   void load(const std::string& script, bool sky = false) {
     test::put("scripts/all.shader", script);
-    const std::vector<std::byte> file = test::TinyQ3Level().bytes();
-    test::put("tiny.bsp", {reinterpret_cast<const char*>(file.data()), file.size()});
     level->loadShaderDirectory("scripts");
-    std::string name = "tiny.bsp";
-    level->load(name, {});
+    loadBytes(test::TinyQ3Level().bytes(), "tiny.bsp");
     level->setParameters(true, false, 1, sky);
   }
-  Lines render(std::initializer_list<std::string_view> calls) {
-    recorder.clear();
-    context.facesThisFrame = 0;
-    context.device->beginScene();
-    context.device->setCallSink(&recorder);
-    level->render();
-    context.device->setCallSink(nullptr);
-    context.device->endScene();
-    return recorder.lines(calls);
-  }
-
-  test::TemporaryFolder folder;
-  test::TestMachine machine;
-  engine::EngineContext context{machine.platform()};
-  recording::Recorder recorder;
-  std::unique_ptr<Level> level;
 };
 
 // Vertices 0, 6 and 12 are the floors and the ceiling, 18 the curve; the eastern floor and the curve have
