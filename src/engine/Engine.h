@@ -42,8 +42,8 @@ void enableHardwareTransform(EngineContext& context, bool on);
 void clear(EngineContext& context);
 /// Ends and shows a frame and advances the engine's time. @throws as clear
 void renderToScreen(EngineContext& context);
-/// Pumps messages once; waits a moment unless the tick counter exceeds a value (a point in time, not a duration), or the
-/// value is 0. @return whether it does
+/// Pumps messages once; waits a moment unless the tick counter exceeds a value (a point in time, not a duration), or
+/// the value is 0. @return whether it does
 bool pauseStep(EngineContext& context, std::int32_t tick);
 /// Repeats pauseStep until it says so.
 void pauseUntil(EngineContext& context, std::int32_t tick);
