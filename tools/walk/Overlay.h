@@ -12,6 +12,7 @@
 namespace walk {
 
 /// A panel in the lower left with what the walk is about and what its last finished frame took, as the report has it.
+/// In a small picture the letters are smaller, and the less important lines are left out.
 class Overlay {
  public:
   Overlay();

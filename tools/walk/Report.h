@@ -25,6 +25,8 @@ struct Report {
 
   /// The frame time that a part of the frames does not exceed; 0 without frames. @param part 0 to 1
   double quantile(double part) const;
+  /// Whether the frames' statistics tell how the device's work went; the hardware device does not know.
+  bool tellsOfWork() const { return device == "ref"; }
   /// Pretty-printed JSON, with the process's peak of memory as of now.
   std::string json() const;
 };

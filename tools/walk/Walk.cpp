@@ -98,11 +98,12 @@ class Stage {
     report.frames.push_back({ms, internals_.GetFrameStatistics(), engine_.GetFPS(), std::move(lines)});
   }
 
-  /// Makes the next frame's picture independent of all frames before: an empty frame takes the pose's frustum planes,
-  /// and the time lets the level take its visible set anew.
+  /// Makes the next frame's picture independent of all frames before: a frame that nobody sees takes the pose's frustum
+  /// planes, and the time lets the level take its visible set anew.
   void forgetThePast(const Pose& pose) {
     setCamera(pose);
     engine_.Clear();
+    if (!std::exchange(skyDrawn_, true)) level_.Render();
     engine_.RenderToScreen();
     advance(kPastCache);
   }
@@ -167,6 +168,7 @@ class Stage {
   ql::Camera8 camera_;
   ql::BSPTree8 level_;
   std::optional<Overlay> overlay_;
+  bool skyDrawn_ = false;  ///< a level's sky is mapped in its own way when it is drawn first
 };
 
 /// The level's own path when there is one beside it, else its player starts.
