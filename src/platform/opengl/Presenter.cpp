@@ -67,9 +67,10 @@ void Presenter::prepare() {
 }
 
 void Presenter::setTable(const device::GammaRamp* ramp) {
+  const auto upper = [](std::uint16_t level) { return std::uint32_t{level} >> 8; };  // all that the display takes
   Table wanted;
-  for (std::uint32_t i = 0; i < 256; ++i)  // of 16 bits the display takes the upper 8
-    wanted[i] = ramp ? (ramp->red[i] >> 8u) << 16 | (ramp->green[i] >> 8u) << 8 | ramp->blue[i] >> 8u : i * 0x10101;
+  for (std::uint32_t i = 0; i < 256; ++i)
+    wanted[i] = ramp ? upper(ramp->red[i]) << 16 | upper(ramp->green[i]) << 8 | upper(ramp->blue[i]) : i * 0x10101;
   if (sentTable_ == wanted) return;
   shadow_.texture(Shadow::kWorkUnit, table_.name());
   glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 256, 1, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, wanted.data());
