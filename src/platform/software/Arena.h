@@ -16,8 +16,8 @@ class Arena {
   /// Uninitialised; aligned for every vertex.
   std::byte* allocate(std::size_t bytes) {
     constexpr std::size_t kAlign = alignof(std::max_align_t), kChunk = std::size_t{1} << 20;
-    bytes = (bytes + kAlign - 1) / kAlign * kAlign;
-    while (current_ < chunks_.size() && chunks_[current_].size - used_ < bytes) {
+    used_ = (used_ + kAlign - 1) / kAlign * kAlign;
+    while (current_ < chunks_.size() && chunks_[current_].size < used_ + bytes) {
       ++current_;
       used_ = 0;
     }
@@ -27,6 +27,15 @@ class Arena {
       used_ = 0;
     }
     std::byte* out = chunks_[current_].memory.get() + used_;
+    used_ += bytes;
+    return out;
+  }
+  /// Bytes right behind some that were handed out; null when others lie there or there is no room.
+  /// @param end of those
+  std::byte* extend(const std::byte* end, std::size_t bytes) {
+    if (current_ == chunks_.size() || chunks_[current_].size < used_ + bytes) return nullptr;
+    std::byte* out = chunks_[current_].memory.get() + used_;
+    if (out != end) return nullptr;
     used_ += bytes;
     return out;
   }

@@ -61,7 +61,7 @@ class Binner {
         break;
       default:
         listed_ = false;
-        triangle(triangleOf(draw.type, i));
+        triangle(draw.triangle(i));
         job_.drawn += listed_;
     }
   }
@@ -110,7 +110,7 @@ class Binner {
         ++job_.drawn;
       } else if (where == kOther) {
         listed_ = false;
-        triangle(triangleOf(device::PrimitiveType::TriangleList, number_ - draw_->first));
+        triangle(draw_->triangle(number_ - draw_->first));
         job_.drawn += listed_;
       }
     }

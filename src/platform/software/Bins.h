@@ -10,12 +10,19 @@
 
 namespace ql::software {
 
-/// A draw call that waits.
+/// The vertices of a triangle; the first gives the flat colour, and all wind the same way.
+struct Corners {
+  std::uint32_t v[3];
+};
+
+/// A draw call that waits, or several in a row that differ in their vertices alone: lists, or strips or fans of equally
+/// many triangles, whose vertices follow each other.
 struct Draw {
   const Pipeline* pipeline = nullptr;
   device::PrimitiveType type = device::PrimitiveType::TriangleList;
   std::uint32_t first = 0, count = 0;  ///< numbers of its primitives, counted through all draws that wait
   std::uint32_t vertexCount = 0;
+  std::uint32_t pieceCount = 0, pieceVertices = 0;  ///< of a strip or fan
   std::size_t stride = 0;
   const std::byte* source = nullptr;  ///< of its first vertex
   float* records = nullptr;
@@ -29,22 +36,16 @@ struct Draw {
     return records + std::size_t{vertex} * static_cast<std::size_t>(pipeline->attributes.recordFloats());
   }
   const std::byte* vertex(std::uint32_t vertex) const { return source + std::size_t{vertex} * stride; }
-};
-
-/// The vertices of a draw's triangle; the first gives the flat colour, and all wind the same way.
-struct Corners {
-  std::uint32_t v[3];
-};
-inline Corners triangleOf(device::PrimitiveType type, std::uint32_t i) {
-  switch (type) {
-    case device::PrimitiveType::TriangleStrip:
-      return i & 1 ? Corners{{i, i + 2, i + 1}} : Corners{{i, i + 1, i + 2}};
-    case device::PrimitiveType::TriangleFan:
-      return {{i + 1, i + 2, 0}};
-    default:
-      return {{i * 3, i * 3 + 1, i * 3 + 2}};
+  const std::byte* end() const { return vertex(vertexCount); }
+  Corners triangle(std::uint32_t i) const {
+    if (type == device::PrimitiveType::TriangleList) return {{i * 3, i * 3 + 1, i * 3 + 2}};
+    const std::uint32_t piece = count == pieceCount ? 0 : i / pieceCount, center = piece * pieceVertices;
+    i -= piece * pieceCount;
+    const std::uint32_t next = center + i;
+    if (type == device::PrimitiveType::TriangleFan) return {{next + 1, next + 2, center}};
+    return i & 1 ? Corners{{next, next + 2, next + 1}} : Corners{{next, next + 1, next + 2}};
   }
-}
+};
 
 /// Some primitives in order, with the lists of what they draw in each tile.
 struct Job {

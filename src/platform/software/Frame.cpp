@@ -13,6 +13,13 @@ constexpr std::size_t kMostBytes = std::size_t{32} << 20, kMostLists = std::size
 constexpr std::size_t kTrianglesAtOnce = 64;  // that a tile draws
 constexpr std::size_t kMostPrimitives = std::size_t{1} << 20, kMostPipelines = std::size_t{1} << 14;
 
+/// Whether a packet's triangles can become a part of a draw when their vertices lie behind its own.
+bool like(const Draw& draw, const Pipeline* pipeline, const device::DrawPacket& packet) {
+  if (draw.pipeline != pipeline || draw.type != packet.primitive || draw.stride != packet.stride) return false;
+  if (packet.primitive == device::PrimitiveType::TriangleList) return draw.vertexCount == std::size_t{draw.count} * 3;
+  return draw.pieceCount == packet.primitiveCount && draw.pieceVertices == packet.vertexCount;
+}
+
 }  // namespace
 
 Frame::Frame(unsigned threads, const KernelSet& kernels) : pool_(threads), meter_(pool_.threads()), kernels_(kernels) {
@@ -31,27 +38,39 @@ Pipeline& Frame::addPipeline() {
 }
 
 void Frame::draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer) {
-  Draw draw;
-  draw.pipeline = pipeline;
-  draw.type = packet.primitive;
-  draw.first = primitives_;
-  draw.count = packet.primitiveCount;
-  draw.vertexCount = packet.vertexCount;
-  draw.stride = packet.stride;
-  if (buffer) {
-    if (buffers_.empty() || buffers_.back() != buffer) buffers_.push_back(buffer);
-    draw.source = buffer->data() + std::size_t{packet.firstVertex} * packet.stride;
+  const bool triangles = packet.primitive >= device::PrimitiveType::TriangleList;
+  const bool joins = !draws_.empty() && triangles && like(draws_.back(), pipeline, packet);
+  const std::byte* const source = sourceOf(packet, buffer, joins ? draws_.back().end() : nullptr);
+  if (joins && source == draws_.back().end()) {
+    draws_.back().count += packet.primitiveCount;
+    draws_.back().vertexCount += packet.vertexCount;
   } else {
-    const std::size_t bytes = std::min(packet.vertices.size(), std::size_t{packet.vertexCount} * packet.stride);
-    std::byte* copy = copies_.allocate(bytes);
-    std::memcpy(copy, packet.vertices.data(), bytes);
-    copiedBytes_ += bytes;
-    draw.source = copy;
+    draws_.push_back({.pipeline = pipeline,
+                      .type = packet.primitive,
+                      .first = primitives_,
+                      .count = packet.primitiveCount,
+                      .vertexCount = packet.vertexCount,
+                      .pieceCount = packet.primitiveCount,
+                      .pieceVertices = packet.vertexCount,
+                      .stride = packet.stride,
+                      .source = source});
   }
   primitives_ += packet.primitiveCount;
-  if (packet.primitive >= device::PrimitiveType::TriangleList) triangles_ += packet.primitiveCount;
+  if (triangles) triangles_ += packet.primitiveCount;
   recordFloats_ += std::size_t{packet.vertexCount} * static_cast<std::size_t>(pipeline->attributes.recordFloats());
-  draws_.push_back(draw);
+}
+
+const std::byte* Frame::sourceOf(const device::DrawPacket& packet, const Bytes& buffer, const std::byte* behind) {
+  if (buffer) {
+    if (buffers_.empty() || buffers_.back() != buffer) buffers_.push_back(buffer);
+    return buffer->data() + std::size_t{packet.firstVertex} * packet.stride;
+  }
+  const std::size_t bytes = std::min(packet.vertices.size(), std::size_t{packet.vertexCount} * packet.stride);
+  std::byte* copy = behind ? copies_.extend(behind, bytes) : nullptr;
+  if (!copy) copy = copies_.allocate(bytes);
+  std::memcpy(copy, packet.vertices.data(), bytes);
+  copiedBytes_ += bytes;
+  return copy;
 }
 
 void Frame::clear(Clear clear) {
@@ -177,6 +196,19 @@ void Frame::drawTile(const Target::Rows& rows, Target& target, std::int32_t inde
   storeColor(tile, rows);
 }
 
+// Searched from near to far: neighbours in a tile are neighbours among the draws.
+std::size_t Frame::drawOf(std::uint32_t primitive, std::size_t from) const {
+  std::size_t low = from, step = 1;
+  while (low + step < draws_.size() && draws_[low + step].first <= primitive) {
+    low += step;
+    step *= 2;
+  }
+  const auto end = draws_.begin() + static_cast<std::ptrdiff_t>(std::min(low + step, draws_.size()));
+  const auto after = std::upper_bound(draws_.begin() + static_cast<std::ptrdiff_t>(low), end, primitive,
+                                      [](std::uint32_t n, const Draw& d) { return n < d.first; });
+  return static_cast<std::size_t>(after - draws_.begin()) - 1;
+}
+
 void Frame::drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear) {
   std::array<TriangleRef, kTrianglesAtOnce> waiting;
   std::size_t count = 0;
@@ -194,11 +226,7 @@ void Frame::drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t&
       paint();
       for (; clear < clears_.size() && clears_[clear].first <= number; ++clear) clearTile(tile, clears_[clear]);
     }
-    if (number - draws_[draw].first >= draws_[draw].count) {
-      const auto after = std::upper_bound(draws_.begin() + static_cast<std::ptrdiff_t>(draw), draws_.end(), number,
-                                          [](std::uint32_t n, const Draw& d) { return n < d.first; });
-      draw = static_cast<std::size_t>(after - draws_.begin()) - 1;
-    }
+    if (number - draws_[draw].first >= draws_[draw].count) draw = drawOf(number, draw + 1);
     const Draw& current = draws_[draw];
     if (pipeline != current.pipeline || count == waiting.size()) {
       paint();
@@ -209,7 +237,7 @@ void Frame::drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t&
     if (made) {
       for (int k = 0; k < 3; ++k) ref.v[k] = job.records.data() + extra->record[k];
     } else {
-      const Corners corners = triangleOf(current.type, number - current.first);
+      const Corners corners = current.triangle(number - current.first);
       for (int k = 0; k < 3; ++k) {
         ref.v[k] = current.record(corners.v[k]);
         __builtin_prefetch(ref.v[k]);

@@ -50,11 +50,15 @@ class Frame {
     std::size_t draw = 0;
     std::uint32_t first = 0, count = 0;
   };
+  /// Where a packet's vertices are kept until everything is carried out. @param behind if possible; null: anywhere
+  const std::byte* sourceOf(const device::DrawPacket& packet, const Bytes& buffer, const std::byte* behind);
   void transform();
   void transformGroup(std::size_t group);
   void binAll(const Target& target);
   void drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile);
   void count(device::Statistics& statistics);
+  /// The draw that a primitive belongs to. @param from not after it
+  std::size_t drawOf(std::uint32_t primitive, std::size_t from) const;
   void drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear);
 
   Pool pool_;

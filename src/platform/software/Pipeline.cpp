@@ -327,6 +327,7 @@ void decodeBlend(Pipeline& p, const device::RenderStates& r) {
   p.source = enumerator(r.srcBlend, Blend::Zero, Blend::BothInvSrcAlpha, Blend::One);
   p.destination = enumerator(r.destBlend, Blend::Zero, Blend::BothInvSrcAlpha, Blend::Zero);
   p.blendOp = enumerator(r.blendOp, BlendOp::Add, BlendOp::Max, BlendOp::Add);
+  if (p.source == Blend::One && p.destination == Blend::Zero && p.blendOp == BlendOp::Add) p.blend = false;
   if (p.source == Blend::BothSrcAlpha) {
     p.source = Blend::SrcAlpha;
     p.destination = Blend::InvSrcAlpha;

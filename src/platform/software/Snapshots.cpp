@@ -20,31 +20,48 @@ void append(std::vector<std::byte>& key, const T& value) {
 }
 
 std::uint64_t hashOf(std::span<const std::byte> bytes) {
-  std::uint64_t hash = bytes.size();
-  for (; bytes.size() >= sizeof hash; bytes = bytes.subspan(sizeof hash)) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes.data(), sizeof word);
-    hash = (std::rotl(hash, 23) ^ word) * 0x9E3779B97F4A7C15u;
+  // Four chains, which don't wait for each other.
+  std::array<std::uint64_t, 4> hash{bytes.size(), 1, 2, 3};
+  const auto mix = [](std::uint64_t& to, std::uint64_t word) { to = (std::rotl(to, 23) ^ word) * 0x9E3779B97F4A7C15u; };
+  std::array<std::uint64_t, 4> words{};
+  for (; bytes.size() >= sizeof words; bytes = bytes.subspan(sizeof words)) {
+    std::memcpy(words.data(), bytes.data(), sizeof words);
+    for (std::size_t i = 0; i < words.size(); ++i) mix(hash[i], words[i]);
   }
-  std::uint64_t rest = 0;
-  std::memcpy(&rest, bytes.data(), bytes.size());
-  hash = (std::rotl(hash, 23) ^ rest) * 0x9E3779B97F4A7C15u;
-  return hash ^ hash >> 32;
+  words = {};
+  std::memcpy(words.data(), bytes.data(), bytes.size());
+  for (std::size_t i = 0; i < words.size(); ++i) mix(hash[i], words[i]);
+  for (std::size_t i = 1; i < hash.size(); ++i) mix(hash[0], hash[i]);
+  return hash[0] ^ hash[0] >> 32;
+}
+
+bool equal(std::span<const std::byte> a, std::span<const std::byte> b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size()) == 0;
 }
 
 }  // namespace
 
 std::uint32_t Numbering::number(std::span<const std::byte> key) {
+  for (std::uint32_t& recent : recent_) {
+    if (recent >= size() || !equal(entries_[recent].key, key)) continue;
+    std::swap(recent, recent_[0]);
+    return recent_[0];
+  }
+  std::shift_right(recent_.begin(), recent_.end(), 1);
+  return recent_[0] = find(key);
+}
+
+std::uint32_t Numbering::find(std::span<const std::byte> key) {
   const std::uint64_t hash = hashOf(key);
   if ((entries_.size() + 1) * 2 > slots_.size()) grow();
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = hash & mask;
   for (; slots_[slot] != kFree; slot = (slot + 1) & mask) {
     const Entry& entry = entries_[slots_[slot]];
-    if (entry.hash == hash && std::ranges::equal(entry.key, key)) return slots_[slot];
+    if (entry.hash == hash && equal(entry.key, key)) return slots_[slot];
   }
   std::byte* kept = keys_.allocate(key.size());
-  std::ranges::copy(key, kept);
+  std::memcpy(kept, key.data(), key.size());
   slots_[slot] = size();
   entries_.push_back({hash, {kept, key.size()}});
   return size() - 1;
@@ -63,6 +80,7 @@ void Numbering::grow() {
 void Numbering::clear() {
   entries_.clear();
   std::ranges::fill(slots_, kFree);
+  recent_.fill(kFree);
   keys_.reset();
 }
 

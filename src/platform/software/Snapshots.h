@@ -27,11 +27,13 @@ class Numbering {
     std::span<const std::byte> key;
   };
   static constexpr std::uint32_t kFree = 0xFFFFFFFF;
+  std::uint32_t find(std::span<const std::byte> key);
   void grow();
 
   std::vector<Entry> entries_;
   std::vector<std::uint32_t> slots_;  ///< numbers by their keys' hashes; at least twice as many as keys
   Arena keys_;
+  std::array<std::uint32_t, 4> recent_{kFree, kFree, kFree, kFree};  ///< numbers asked for, the last one first
 };
 
 /// Finds the pipeline that was made from a state before. A state that was changed and changed back, and states that

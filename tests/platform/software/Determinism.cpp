@@ -102,5 +102,44 @@ TEST(Determinism, SpecialPixelCodeDrawsWhatTheGeneralDraws) {
         << "seed " << seed;
 }
 
+// Short draws of one state from memory, or of neighbours in a buffer, some with a clear between them. Flat colours and
+// culling tell triangles with other corners.
+std::vector<std::uint32_t> shortDraws(unsigned seed, bool apart) {
+  std::mt19937 random(seed);
+  const auto pick = [&](unsigned n) { return static_cast<std::uint32_t>(random() % n); };
+  constexpr std::uint32_t kSide = 150, kMost = 900;
+  Scene scene(kSide, kSide);
+  scene.state.render.shadeMode = code(device::ShadeMode::Flat);
+  scene.state.render.cullMode = code(device::CullMode::CounterClockwise);
+  scene.state.render.alphaBlendEnable = 1;
+  scene.state.render.srcBlend = code(device::Blend::SrcAlpha);
+  scene.state.render.destBlend = code(device::Blend::InvSrcAlpha);
+  std::vector<ScreenVertex> vertices;
+  for (std::uint32_t i = 0; i < kMost; ++i)
+    vertices.push_back({static_cast<float>(pick(kSide)), static_cast<float>(pick(kSide)), 0.5f, 1,
+                        static_cast<std::uint32_t>(random())});
+  const auto bytes = std::as_bytes(std::span(vertices));
+  const device::BufferId buffer = scene.backEnd->createBuffer(bytes.size());
+  scene.backEnd->uploadBuffer(buffer, 0, bytes);
+  PrimitiveType type = PrimitiveType::TriangleList;
+  std::uint32_t triangles = 1;
+  for (std::uint32_t first = 0; first + 20 < kMost;) {
+    if (pick(6) == 0) type = static_cast<PrimitiveType>(4 + pick(3));
+    if (pick(6) == 0) triangles = 1 + pick(4);
+    if (pick(12) == 0) scene.clear(0xFF204060);
+    const std::uint32_t count = type == PrimitiveType::TriangleList ? triangles * 3 : triangles + 2;
+    scene.draw(type, bytes.subspan(first * sizeof(ScreenVertex), count * sizeof(ScreenVertex)), sizeof(ScreenVertex),
+               kScreenFormat, pick(5) < 2 ? buffer : device::BufferId::None, first);
+    if (apart) scene.pixels();
+    first += count + (pick(9) == 0);
+  }
+  return scene.pixels();
+}
+
+TEST(Determinism, ShortDrawsInARowDrawWhatTheyDrawApart) {
+  for (unsigned seed = 0; seed < 10; ++seed)
+    ASSERT_EQ(shortDraws(seed, false), shortDraws(seed, true)) << "seed " << seed;
+}
+
 }  // namespace
 }  // namespace ql::test

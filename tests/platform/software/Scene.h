@@ -74,7 +74,9 @@ class Scene {
   void draw(device::PrimitiveType type, const std::vector<ScreenVertex>& v) { draw(type, v, kScreenFormat); }
   void draw(device::PrimitiveType type, const std::vector<LitVertex>& v) { draw(type, v, kLitFormat); }
 
-  void draw(device::PrimitiveType type, std::span<const std::byte> bytes, std::size_t stride, std::uint32_t format) {
+  /// @param buffer where the same vertices stand from the first on; none: they are drawn from memory
+  void draw(device::PrimitiveType type, std::span<const std::byte> bytes, std::size_t stride, std::uint32_t format,
+            device::BufferId buffer = device::BufferId::None, std::uint32_t first = 0) {
     const auto n = static_cast<std::uint32_t>(bytes.size() / stride);
     device::DrawPacket packet;
     packet.target = target;
@@ -102,7 +104,11 @@ class Scene {
     packet.vertexCount = n;
     packet.vertexFormat = format;
     packet.stride = static_cast<std::uint32_t>(stride);
-    packet.vertices = bytes;
+    packet.buffer = buffer;
+    if (buffer == device::BufferId::None)
+      packet.vertices = bytes;
+    else
+      packet.firstVertex = first;
     backEnd->draw(packet);
   }
 
