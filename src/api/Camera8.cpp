@@ -61,7 +61,8 @@ void Camera8::PurchaseFollowing(const Mesh8& MeshObject, const Vec3& RelativeEnd
                                 ByRef<float> CameraSpeed, Boolean ExponentialSpeed, float MaxCameraSpeed,
                                 Boolean /*AvoidObject*/) {
   call(*this, [&](CameraObject& self) {
-    if (!MeshObject) return;
+    const auto& mesh = api::Access::pointer(MeshObject);
+    if (!mesh || mesh->context != self.context) return;
     render::chase(*self.context, recordOf(self, MeshObject).worldMatrix,
                   {RelativeEndPosition, LookAtInMesh, ExponentialSpeed, MaxCameraSpeed}, *CameraSpeed);
   });

@@ -71,7 +71,8 @@ class Reader {
       case ChunkType::FaceCount: {
         const std::int32_t groups = count(reader_.at<std::int16_t>(at, "face count"), at);
         out_.groups.assign(static_cast<std::size_t>(groups) + 1, MeshGroup{});
-        out_.groups.back().start = static_cast<std::int16_t>(std::min(out_.vertexCount.value_or(0), kMaxVertices));
+        if (groups > 0)
+          out_.groups.back().start = static_cast<std::int16_t>(std::min(out_.vertexCount.value_or(0), kMaxVertices));
         break;
       }
       case ChunkType::Face:

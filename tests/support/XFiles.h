@@ -33,12 +33,14 @@ class XWriter {
     return brace(true);
   }
   XWriter& close() { return brace(false); }
-  XWriter& ints(std::initializer_list<std::uint32_t> values) {
+  XWriter& ints(std::initializer_list<std::uint32_t> values) { return ints(std::span(values.begin(), values.size())); }
+  XWriter& reals(std::initializer_list<float> values) { return reals(std::span(values.begin(), values.size())); }
+  XWriter& ints(std::span<const std::uint32_t> values) {
     if (binary_) bytes_.u16(6).u32(values.size());
     for (const std::uint32_t value : values) binary_ ? bytes_.u32(value) : bytes_.text(std::to_string(value) + ";");
     return *this;
   }
-  XWriter& reals(std::initializer_list<float> values) {
+  XWriter& reals(std::span<const float> values) {
     if (binary_) bytes_.u16(7).u32(values.size());
     for (const float value : values) {
       char text[32];

@@ -130,6 +130,9 @@ TEST_F(SceneOperations, ANewEngineForgetsTheOldOnesMeshes) {
   Globals8().CreateDecal({}, {0, 0, 1}, nullptr, 5);
   Quasarlens8 second;
   EXPECT_EQ(errorOf([&] { old.SetPosition(0, 0, 0); }), 91);
+  float speed = 1;
+  EXPECT_EQ(errorOf([&] { Camera8().PurchaseFollowing(old, {}, {}, speed); }), 0)
+      << "a mesh that is gone is not chased";
   EXPECT_FALSE(Globals8().GetMesh("Decal"));
   old = nullptr;  // its slot went with its engine
 }

@@ -220,7 +220,9 @@ TEST_F(MeshFileTest, DamageEndsInAnErrorOrIsNeutralised) {
          return r.groupCount == 3 && r.groups.size() == 4 && r.groups[1].count == 4 && r.groups[3].count == 0;
        }},
       {"no faces", poked(payload(5), 0, 2), 0,
-       [](const MeshRecord& r) { return r.groupCount == 0 && r.groups.size() == 1 && r.groups[0].count == 0; }},
+       [](const MeshRecord& r) {
+         return r.groupCount == 0 && r.groups.size() == 1 && r.groups[0].count == 0 && r.groups[0].start == 0;
+       }},
       {"a face past the vertices", poked(payload(21), 5, 2), 0,
        [](const MeshRecord& r) { return r.groups[1].count == 0; }},
       {"a face before the vertices", poked(payload(20), 0xFFFF, 2), 0,

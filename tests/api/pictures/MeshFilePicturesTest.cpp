@@ -1,0 +1,122 @@
+// Meshes from files as they look: a toy house from 3D Studio and X files, meshes that went through the engine's own
+// files, and one that an earlier version of the engine wrote.
+#include "Pictures.h"
+#include "ToyHouse.h"
+
+#include <numbers>
+
+namespace ql::test {
+namespace {
+
+class MeshFilePictures : public PictureTest {
+ protected:
+  void start() {
+    PictureTest::start(160, 120);
+    scene.SetSceneBackGround(0.25f, 0.3f, 0.35f);
+    // The materials of 3DS files add ambient light, those of X files have none: the pictures' own light is direct.
+    key = lights.CreateDirectionalLight({}, 0.75f, 0.75f, 0.75f, 1);
+    lights.SetLightAmbientColor(key, 0, 0, 0, 1);
+    save(labelled('F', 0xFF40A040), "f.bmp");
+    std::filesystem::create_directory("art");
+    save(labelled('L', 0xFF4060C0), "art/l.bmp");
+    images::Image stripes{64, 64, std::vector<std::uint32_t>(64 * 64)};
+    for (std::uint32_t y = 0; y < 64; ++y)
+      for (std::uint32_t x = 0; x < 64; ++x)
+        stripes.at(x, y) = (x + y) / 8 % 2 != 0 ? 0xFFE0C060 : y < 32 ? 0xFFA04030 : 0xFF5050A0;
+    save(stripes, "stripes.bmp");
+  }
+  /// What stands in the scene, from four sides: front, right, back and left, each a little to the right and above.
+  images::Image aroundThe(const Vec3& center, double distance) {
+    std::vector<images::Image> views;
+    for (int side = 0; side < 4; ++side) {
+      const double angle = (side * 90 + 25) * std::numbers::pi / 180;
+      const double x = std::sin(angle), z = -std::cos(angle);
+      camera.SetCamera(center.x + distance * x, center.y + distance * 0.4, center.z + distance * z, center.x, center.y,
+                       center.z);
+      // Over the camera's left shoulder.
+      lights.SetLightDirection(key, static_cast<float>(-x - z * 0.3), -0.6f, static_cast<float>(-z + x * 0.3));
+      views.push_back(frame());
+    }
+    return sheet(views, 2);
+  }
+  LightEngine8 lights;
+  std::int16_t key = 0;
+};
+
+TEST_F(MeshFilePictures, ThreeDStudio) {
+  start();
+  writeBytes(std::filesystem::absolute("house.3ds"), toyHouse3ds());
+  Mesh8 house = scene.CreateMeshBuilder();
+  house.Load3DsMesh("house.3ds");
+  house.ScaleMesh(-1, 1, 1);  // such files have z up
+  house.SetRotation(-90, 0, 0);
+  EXPECT_TRUE(matchesGolden(aroundThe({3, 5, 0}, 32), "mesh-file-3ds"));
+}
+
+TEST_F(MeshFilePictures, XFilesOfEveryKind) {
+  start();
+  for (const XKind kind : {XKind::Text, XKind::Binary, XKind::CompressedText, XKind::CompressedBinary}) {
+    SCOPED_TRACE(static_cast<int>(kind));
+    writeBytes(std::filesystem::absolute("house.x"), toyHouseX(kind));
+    Mesh8 house = scene.CreateMeshBuilder();
+    house.LoadXFile("house.x");
+    EXPECT_TRUE(matchesGolden(aroundThe({3, 5, 0}, 32), "mesh-file-x"));
+  }
+}
+
+// A hall of groups with their own textures, materials and blending, lit, and a glass of coloured vertices.
+TEST_F(MeshFilePictures, TheEnginesOwnFiles) {
+  start();
+  const Texture8 f = scene.LoadTexture("f.bmp"), stripes = scene.LoadTexture("stripes.bmp");
+  MaterialFactory8 materials;
+  const std::int16_t gold = materials.CreateMaterialQuick(0.9f, 0.7f, 0.2f, 1, "Gold");
+  for (const std::int16_t material : {std::int16_t{0}, gold}) {
+    materials.SetAmbient(material, 0.2f, 0.2f, 0.2f, 1);
+    materials.SetEmissive(material, 0, 0, 0, 1);
+  }
+  Mesh8 hall = scene.CreateMeshBuilder("Hall"), glass = scene.CreateMeshBuilder("Glass");
+  hall.AddFloor(stripes, -10, -10, 10, 10, 0, 3, 3);
+  hall.AddWall(f, -10, 10, 10, 10, 12);
+  hall.AddWall(stripes, 10, 10, 10, -10, 12, 0, 2, 2);
+  hall.AddWall2(nullptr, -10, -10, -10, 10, 4, 12);
+  hall.ComputeNormals();
+  hall.SetMaterial(gold, 3);
+  hall.SetMaterial(gold, 5);
+  hall.SetRotation(0, 10, 0);
+  hall.SetPosition(1, -1, 0);
+  glass.AddWall(nullptr, -6, -2, 6, -6, 9);
+  glass.AddWall(f, -3, 0, 3, 3, 6);
+  const std::int32_t colors[] = {0x40FF4000, 0x4040FF00, 0x400040FF, 0x40FFFFFF};
+  for (int v = 0; v < 4; ++v) glass.SetColor(colors[v], v);
+  glass.SetVertexType(QL_COLOR_VERTEX);
+  glass.SetBlendingMode(QL_BLEND_ADD, 3);
+  glass.ScaleMesh(1, 1.2f, 1);
+  const images::Image before = aroundThe({0, 5, 0}, 34);
+  hall.SaveToQLO("hall.qlo", True);
+  glass.SaveToQLO("glass.qlo", True);
+  glass.SaveMesh("glass.qlm");
+
+  hall = glass = nullptr;
+  Mesh8 hallBack = scene.CreateMeshBuilder(), glassBack = scene.CreateMeshBuilder("12345");
+  hallBack.LoadFromQLO("hall.qlo");
+  glassBack.LoadMesh("glass.qlm");
+  EXPECT_EQ(Globals8().GetMesh("Glass"), glassBack) << "a dump gives the name back";
+  glassBack.LoadFromQLO("glass.qlo");
+  for (Mesh8* mesh : {&hallBack, &glassBack}) mesh->SetPrimitiveType(QL_TRIANGLESTRIP);  // files do not keep it
+  const images::Image after = aroundThe({0, 5, 0}, 34);
+  EXPECT_EQ(after.pixels, before.pixels);
+  EXPECT_TRUE(matchesGolden(after, "mesh-file-qlof"));
+}
+
+TEST_F(MeshFilePictures, AFileOfAnEarlierVersion) {
+  start();
+  const Texture8 f = scene.LoadTexture("f.bmp");  // the file's texture is the first of the table
+  Mesh8 mesh = scene.CreateMeshBuilder();
+  mesh.LoadFromQLO(QL_TEST_DATA_DIR "/mesh-v8.qlo");
+  mesh.SetPrimitiveType(QL_TRIANGLESTRIP);
+  EXPECT_EQ(Globals8().GetMesh("Kept"), mesh);
+  EXPECT_TRUE(matchesGolden(aroundThe({1.5f, -1.5f, 3}, 5), "mesh-file-v8"));
+}
+
+}  // namespace
+}  // namespace ql::test
