@@ -1,6 +1,7 @@
-// Builds a scene without any file: a lit floor and a wall, shapes, letters, a billboard, and a sky box around them.
+// Builds a scene by hand: an evening court of columns and torches, shapes, letters, and a sky box around it.
 #include <Quasarlens3D/Quasarlens3D.h>
 
+#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -10,86 +11,114 @@
 using namespace Quasarlens3D;
 
 int main(int argc, char** argv) {
-  std::string out = "scene-by-hand.bmp";
+  std::string base = "assets", out = "scene-by-hand.bmp";
   bool hardware = false;
   CLI::App app("Builds a scene by hand and writes a picture.");
-  app.add_option("--out", out, "BMP file to write; pictures for textures are written beside it")->capture_default_str();
+  app.add_option("--base", base, "folder with the textures")->capture_default_str();
+  app.add_option("--out", out, "BMP file to write; pictures of the sky are written beside it")->capture_default_str();
   app.add_flag("--hardware", hardware, "use the hardware device when there is one");
   CLI11_PARSE(app, argc, argv);
 
   try {
-    const std::filesystem::path picture = std::filesystem::absolute(out);
+    const std::string picture = std::filesystem::absolute(out).string();
     Quasarlens8 engine;
-    engine.SetEngineMode(640, 480, 32, hardware);
+    engine.SetEngineMode(800, 600, 32, hardware);
     if (!engine.InitCurrentVideoMode()) return 5;
+    engine.SetSearchDirectory(base);
     Scene8 scene;
     Screen8 screen;
     Globals8 globals;
-    scene.SetViewFrustum(60, 2000);
+    scene.SetViewFrustum(50, 2000);
     scene.EnableMipMapping();
 
-    // Textures are drawn first, one a frame, and loaded from what was drawn.
-    const auto paint = [&](const std::string& name, std::int32_t above, std::int32_t below, float tiles) {
-      const std::string file = (picture.parent_path() / (picture.stem().string() + "-" + name + ".bmp")).string();
+    // The sky is drawn first and loaded from what was drawn: light over hills, the same on every side.
+    const auto sky = [&](int ridges, std::int32_t high, std::int32_t low) {
       engine.Clear();
-      screen.DrawFilledColorBox(0, 0, 640, 480, above, above, below, below);
-      for (float y = 0; y < 480 * tiles; y += 160) screen.DrawFilledBox(0, y, 640, y + 8, QL_COLORKEY_BLACK);
-      for (float x = 0; x < 640 * tiles; x += 160) screen.DrawFilledBox(x, 0, x + 10, 480, QL_COLORKEY_BLACK);
+      screen.DrawFilledColorBox(0, 0, 800, 320, high, high, low, low);
+      for (int ridge = 0; ridge < ridges; ++ridge)
+        for (float x = 0, near = static_cast<float>(ridge); x < 800; ++x) {
+          const float turn = x / 800 * 6.2831853f, wave = std::sin(turn * (2 + near));
+          screen.DrawFilledBox(x, 278 + 14 * near - 12 * wave - 5 * std::sin(turn * 7 + 2 * wave), x + 1, 600,
+                               globals.RGBA(0.6 - 0.2 * near, 0.4 - 0.12 * near, 0.4 - 0.1 * near, 1));
+        }
       engine.RenderToScreen();
-      engine.ScreenShot(file);
-      return scene.LoadTexture(file, 256, 256);
+      engine.ScreenShot(picture + std::to_string(ridges) + ".bmp");
+      return scene.LoadTexture(picture + std::to_string(ridges) + ".bmp", 512, 512);
     };
-    const auto rgb = [&](double r, double g, double b) { return globals.RGBA(r, g, b, 1); };
-    const std::int32_t blue = rgb(0.2, 0.4, 0.8), green = rgb(0.3, 0.35, 0.2);
-    const Texture8 zenith = paint("zenith", blue, blue, 0), side = paint("side", blue, rgb(0.9, 0.85, 0.8), 0);
-    const Texture8 ground = paint("ground", green, green, 0);
-    const Texture8 tile = paint("tile", rgb(0.75, 0.5, 0.4), rgb(0.65, 0.4, 0.3), 1);
-    scene.SetSkyTexture(side, side, side, side, ground, zenith);  // the top picture lies below, the bottom one above
+    const std::int32_t blue = globals.RGBA(0.15, 0.22, 0.45, 1);
+    const Texture8 side = sky(3, blue, globals.RGBA(1, 0.65, 0.4, 1)), zenith = sky(0, blue, blue);
+    scene.SetSkyTexture(side, side, side, side, zenith, zenith);
 
     // How dark a shadow is, is the material's business: the device's ambient light is white.
     LightEngine8 lights;
-    lights.CreateDirectionalLight({0.4f, -0.7f, 1}, 0.7f, 0.65f, 0.6f, 1);
-    const std::int16_t lamp = lights.CreatePointLight({-16, 14, -6}, 70, 1, 0.5f, 0.1f, 1);
-    lights.SetLightAttenuation(lamp, 0.3f, 0, 0.004f);
+    lights.CreateDirectionalLight({0.8f, -0.5f, 0.7f}, 0.9f, 0.7f, 0.5f, 1);
     MaterialFactory8 materials;
     const auto lit = [&](float r, float g, float b) {
       const std::int16_t material = materials.CreateMaterialQuick(r, g, b, 1, "");
-      materials.SetAmbient(material, 0.3f * r, 0.3f * g, 0.35f * b, 1);
+      materials.SetAmbient(material, 0.3f * r, 0.3f * g, 0.4f * b, 1);
       materials.SetEmissive(material, 0, 0, 0, 1);
       return material;
     };
+    const auto load = [&](const char* name) { return scene.LoadTexture(std::string("textures/court/") + name); };
+    const Texture8 marble = load("marble.jpg"), meander = load("meander.jpg"), flags = load("flags.jpg"),
+                   flame = load("flame1.tga");
 
-    Mesh8 floor = scene.CreateMeshBuilder("Floor"), wall = scene.CreateMeshBuilder("Wall");
+    // Reflections switch normals of unit length on, which scaled meshes need to be lit right: the balls come first.
+    Mesh8 balls[2] = {scene.CreateMeshBuilder(), scene.CreateMeshBuilder()}, floor = scene.CreateMeshBuilder(),
+          walls = scene.CreateMeshBuilder(), teapot = scene.CreateMeshBuilder(), letters = scene.CreateMeshBuilder(),
+          flames[6];
     for (float x = -40; x < 40; x += 4)  // small pieces: lights light vertices
-      for (float z = -40; z < 40; z += 4) floor.AddFloor(nullptr, x, z, x + 4, z + 4);
-    for (float x = -40; x < 40; x += 8)
-      for (float y = 0; y < 18; y += 6) wall.AddWall(tile, x, 30, x + 8, 30, 6, y);
-    // Reflections switch normals of unit length on, which scaled meshes need to be lit right: the ball comes first.
-    Mesh8 ball = scene.CreateMeshBuilder(), teapot = scene.CreateMeshBuilder(), letters = scene.CreateMeshBuilder();
-    ball.CreateSphere(side, 6, 32, 32);
-    ball.EnableSphereMapping(True);
-    ball.SetPosition(-12, 6, 4);
+      for (float z = -40; z < 40; z += 4) floor.AddFloor(flags, x, z, x + 4, z + 4);
+    flags.ApplyOn(floor, -1, 24, 24);  // one picture over all pieces, 24 texels a unit
+    const auto pillar = [&](const Texture8& texture, float x, float z, float radius, float low, float high, int sides) {
+      const auto corner = [&](int i) {
+        const float turn = 6.2831853f * (static_cast<float>(i) + 0.5f) / static_cast<float>(sides);
+        return Vec3{x + radius * std::sin(turn), high, z + radius * std::cos(turn)};
+      };
+      for (int i = 0; i < sides; ++i)  // from the upper edge down, or pictures would stand on their heads
+        walls.AddWall(texture, corner(i).x, corner(i).z, corner(i + 1).x, corner(i + 1).z, low - high, high);
+      if (sides == 4) walls.AddFloor(marble, corner(2).x, corner(2).z, corner(0).x, corner(0).z, high);
+    };
+    for (int i = 0; i < 6; ++i) {
+      const float x = i % 2 == 0 ? -18.0f : 18.0f, z = static_cast<float>(i / 2) * 13 - 3, inside = x * 0.68f;
+      for (const float low : {0.0f, 15.0f}) pillar(marble, x, z, 2.2f, low, low + 1, 4);
+      pillar(marble, x, z, 1.4f, 1, 15, 16);
+      pillar(meander, inside, z - 5, 1.2f, 0, 3, 4);
+      flames[i] = scene.CreateBillboard(flame, inside, 3, z - 5, 2, 3);
+      flames[i].SetBlendingMode(QL_BLEND_ADD);
+      const std::int16_t light = lights.CreatePointLight({inside, 4.5f, z - 5}, 20, 1, 0.5f, 0.15f, 1);
+      lights.SetLightAmbientColor(light, 0, 0, 0, 1);
+      lights.SetLightAttenuation(light, 0.5f, 0, 0.06f);
+    }
+    for (const float x : {-7.0f, 7.0f}) {
+      Mesh8& ball = balls[x < 0 ? 0 : 1];
+      pillar(meander, x, -4, 2.8f, 0, 4, 4);
+      ball.CreateSphere(side, 2.2f, 32, 32);
+      ball.EnableSphereMapping(True);
+      ball.SetPosition(x, 6.2f, -4);
+    }
+    pillar(meander, 0, 4, 6, 0, 3, 4);
     teapot.CreateTeapot();
-    teapot.SetPosition(6, 3, -4);
-    letters.Create3DText("QL8");
-    letters.ScaleMesh(0.1f, 0.1f, 0.1f);
-    letters.SetPosition(10, 1.5f, 18);
-    floor.ComputeNormals();  // those of floors point down
-    wall.ComputeNormals();
-    const Mesh8 sign = scene.CreateBillboard(tile, -26, 0, -14, 5, 8, "Sign");
-    floor.SetMaterial(lit(0.5f, 0.6f, 0.4f));
-    wall.SetMaterial(lit(1, 1, 1));
-    teapot.SetMaterial(lit(0.6f, 0.6f, 0.7f));
-    ball.SetMaterial(lit(1, 0.9f, 0.6f));
-    letters.SetMaterial(lit(0.9f, 0.2f, 0.2f));
+    teapot.ScaleMesh(2.6f, 2.6f, 2.6f);
+    teapot.SetPosition(0, 5, 4);
+    walls.AddWall(marble, -21, 22, 21, 22, 2, 16, 1, 8);
+    letters.Create3DText("QUASARLENS");
+    letters.ScaleMesh(0.05f, 0.05f, 0.025f);
+    letters.SetPosition(-17, 18.2f, 23);
+    for (Mesh8* mesh : {&floor, &walls}) {
+      mesh->ComputeNormals();
+      mesh->SetMaterial(lit(1, 1, 1));
+    }
+    teapot.SetMaterial(lit(0.8f, 0.55f, 0.15f));
+    letters.SetMaterial(lit(0.8f, 0.2f, 0.1f));
 
-    scene.SetCamera(18, 26, -58, -2, 7, 6);
+    scene.SetCamera(-8, 8, -38, 0.5f, 8.5f, 0);
     engine.Clear();
     scene.RenderSky();
     scene.RenderAllMeshes();
     engine.RenderToScreen();
-    engine.ScreenShot(picture.string());
-    std::cout << "wrote " << picture.string() << "\n";
+    engine.ScreenShot(picture);
+    std::cout << "wrote " << picture << "\n";
   } catch (const Error& error) {
     std::cerr << "error " << error.Number() << ": " << error.what() << "\n";
     return 1;
