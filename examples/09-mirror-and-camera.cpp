@@ -11,15 +11,16 @@ using namespace Quasarlens3D;
 
 namespace {
 
-constexpr Vec3 kEye{26, 15, -44};                               // of the viewer
-constexpr float kWallZ = 30, kMirrorZ = 29.5f, kFov = 1.2217f;  // world units; radians
+constexpr Vec3 kEye{-10, 20, -46}, kMirrorMiddle{2, 14, 29.5f};  // of the viewer; world units, as all places here
+constexpr float kWall = 30, kHeight = 28;
+constexpr float kMirrorFov = 44;  // degrees
 constexpr std::int32_t argb(std::uint32_t color) { return static_cast<std::int32_t>(color); }
 
 /// Where a point of the mirror stands in a picture from behind the mirror, as texture coordinates.
 Vec3 seenFrom(const Globals8& g, const Vec3& eye, const Vec3& look, const Vec3& point) {
   const Vec3 ahead = g.VNormalize(g.VSubtract(look, eye)), side = g.VNormalize(g.VCrossProduct({0, 1, 0}, ahead));
   const Vec3 up = g.VCrossProduct(ahead, side), to = g.VSubtract(point, eye);
-  const float depth = g.VDotProduct(to, ahead) * std::tan(kFov / 2);
+  const float depth = g.VDotProduct(to, ahead) * std::tan(kMirrorFov / 360 * 3.14159265f);
   return {0.5f + 0.5f * g.VDotProduct(to, side) / depth, 0.5f - 0.5f * g.VDotProduct(to, up) / depth, 0};
 }
 
@@ -40,50 +41,64 @@ int main(int argc, char** argv) {
     Scene8 scene;
     Screen8 screen;
     Globals8 globals;
-    scene.SetViewFrustum(70, 500);
-    const auto paint = [&](std::uint32_t a, std::uint32_t b) {
-      RenderSurface8 tiles = scene.CreateRenderSurface(64, 64, True);
+    screen.CreateUserFont("sign", "DejaVu Sans", 36, True, False, False);
+    const auto paint = [&](std::uint32_t a, std::uint32_t b, const std::string& text = "") {
+      RenderSurface8 tiles = scene.CreateRenderSurface(128, 128, True);
       tiles.StartRender();
-      screen.DrawFilledBox(0, 0, 64, 64, argb(a));
-      for (float at : {0.0f, 32.0f}) screen.DrawFilledBox(at, at, at + 32, at + 32, argb(b));
+      screen.DrawFilledBox(0, 0, 128, 128, argb(a));
+      if (text.empty())
+        for (float at : {0.0f, 64.0f}) screen.DrawFilledBox(at, at, at + 64, at + 64, argb(b));
+      else
+        screen.DrawText(text, 8, 36, argb(b), "sign");
       tiles.EndRender();
       return tiles.GetTexture();
     };
     const Texture8 floorTiles = paint(0xFFD0C8B8, 0xFF605850), wallTiles = paint(0xFFB07058, 0xFFA06048);
+    const Texture8 otherTiles = paint(0xFF6080A0, 0xFF587898), wood = paint(0xFF906030, 0xFF8C5C2C);
     Mesh8 floor = scene.CreateMeshBuilder("Floor"), wall = scene.CreateMeshBuilder("Wall");
-    floor.AddFloor(floorTiles, -40, -60, 40, kWallZ, 0, 10, 10);
-    wall.AddWall(wallTiles, -40, kWallZ, 40, kWallZ, 26, 0, 4, 12);
-    Mesh8 ball = scene.CreateMeshBuilder("Ball"), letters = scene.CreateMeshBuilder("Letters");
+    floor.AddFloor(floorTiles, -40, -60, 40, kWall, 0, 10, 10);
+    wall.AddWall(wallTiles, -40, kWall, 40, kWall, kHeight, 0, 4, 12);
+    floor.AddFloor(otherTiles, -40, -60, 40, kWall, kHeight, 10, 10);
+    Mesh8 room = scene.CreateMeshBuilder("Room");
+    room.AddWall(otherTiles, 40, -60, -40, -60, kHeight, 0, 4, 12);
+    room.AddWall(wallTiles, -40, -60, -40, kWall, kHeight, 0, 4, 12);
+    room.AddWall(wallTiles, 40, kWall, 40, -60, kHeight, 0, 4, 12);
+    Mesh8 ball = scene.CreateMeshBuilder("Ball"), sign = scene.CreateMeshBuilder("Sign");
     ball.CreateSphere(paint(0xFFE0C040, 0xFF3060A0), 5, 24, 24);
-    ball.SetPosition(-8, 5, 8);
-    letters.Create3DText("QL8");
-    letters.ScaleMesh(0.08f, 0.08f, 0.08f);
-    letters.SetPosition(4, 2, 2);
+    ball.SetPosition(-17, 5, 0);
+    // A board that is to be read from the mirror; who stands behind it sees wood, and in the mirror reversed letters.
+    sign.AddWall(paint(0xFFF0F0E0, 0xFFC02020, "QL8"), 29, 0, 13, 0, 12, 0, -1);
+    sign.AddWall(wood, 13, -0.5f, 29, -0.5f, 12, 0, 1, 1);
+    // A mirror that is looked at from far needs a narrow view only.
+    scene.SetViewFrustum(kMirrorFov, 500);
     RenderSurface8 mirror = scene.CreateRenderSurface(512, 512, True);
+    scene.SetViewFrustum(70, 500);
     RenderSurface8 camera = scene.CreateRenderSurface(256, 256, True);
-    const Vec3 behind{kEye.x, kEye.y, 2 * kMirrorZ - kEye.z}, middle{0, 12, kMirrorZ};
-    mirror.SetCamera(behind.x, behind.y, behind.z, middle.x, middle.y, middle.z);
-    camera.SetCamera(-34, 26, -24, 4, 2, 4);
+    const Vec3 behind{kEye.x, kEye.y, 2 * kMirrorMiddle.z - kEye.z};
+    mirror.SetCamera(behind.x, behind.y, behind.z, kMirrorMiddle.x, kMirrorMiddle.y, kMirrorMiddle.z);
+    camera.SetCamera(-34, 25, 24, 8, 4, -4);
     // The glass shows for each of its points what is seen through it from behind; small pieces follow the perspective.
-    Mesh8 glass = scene.CreateMeshBuilder("Glass");
+    Mesh8 frame = scene.CreateMeshBuilder("Frame"), glass = scene.CreateMeshBuilder("Glass");
+    frame.AddWall(wood, kMirrorMiddle.x - 23, kWall - 0.2f, kMirrorMiddle.x + 23, kWall - 0.2f, 24, 2);
     glass.SetPrimitiveType(QL_TRIANGLELIST);
     glass.SetTexture(mirror.GetTexture());
     for (int i = 0; i < 600; ++i) {
       const int corner = i % 6, piece = i / 6, right = 0x32 >> corner & 1, up = 0x2C >> corner & 1;
-      const auto x = static_cast<float>(piece % 10 + right), y = static_cast<float>(piece / 10 + up);
-      const Vec3 at{x * 3 - 15, y * 1.8f + 3, kMirrorZ}, seen = seenFrom(globals, behind, middle, at);
+      const auto x = static_cast<float>(piece % 10 + right - 5), y = static_cast<float>(piece / 10 + up - 5);
+      const Vec3 at{kMirrorMiddle.x + x * 4.4f, kMirrorMiddle.y + y * 2.2f, kMirrorMiddle.z};
+      const Vec3 seen = seenFrom(globals, behind, kMirrorMiddle, at);
       glass.AddVertex(at.x, at.y, at.z, -1, seen.x, seen.y);
     }
     // What is behind the mirror must not stand before its camera.
     const auto render = [&](RenderSurface8& surface, Boolean whole) {
-      for (Mesh8* mesh : {&glass, &wall}) mesh->Enable(whole);
+      for (Mesh8* mesh : {&glass, &frame, &wall}) mesh->Enable(whole);
       surface.StartRender();
       scene.RenderAllMeshes();
       surface.EndRender();
     };
     render(mirror, False);
     render(camera, True);
-    scene.SetCamera(kEye.x, kEye.y, kEye.z, 0, 8, 10);
+    scene.SetCamera(kEye.x, kEye.y, kEye.z, 2, 9, 10);
     engine.Clear();
     scene.RenderAllMeshes();
     screen.DrawPartTexture(camera.GetTexture(), 600, 20, 780, 200, 0, 0, 1, 1);
