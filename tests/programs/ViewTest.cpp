@@ -1,9 +1,11 @@
 #include "platform/images/Image.h"
+#include "support/PakFile.h"
 #include "support/PictureFiles.h"
 #include "support/RunProgram.h"
 #include "support/SharedData.h"
 #include "support/TemporaryFolder.h"
 #include "support/ThreeDsFiles.h"
+#include "support/TinyHlLevel.h"
 #include "support/TinyQ3Level.h"
 #include "support/XFiles.h"
 
@@ -40,6 +42,9 @@ struct ViewProgram : testing::Test {
     put("name.qlm", "QLMESHBox");
     put("cut.3ds", std::string("MM\x20\0\0\0\x10\x41", 8));
     put("cut.dxe", "DXE\n9\n0\n");
+    save("walls.wad", wadFile({{"stone", mipTexture("stone", 16, 40)}, {"{bars", mipTexture("{bars", 64, 255)}}));
+    save("empty.wad", wadFile({}));
+    put("cut.wad", "WAD3\x05");
   }
   static void save(const std::string& name, const std::vector<std::byte>& bytes) {
     put(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -83,7 +88,16 @@ TEST_F(ViewProgram, ExitCodesTellWhatWentWrong) {
                {"cut.3ds --out a.png", 4},
                {"cut.dxe --out a.png", 4},
                {"name.qlm --out a.png", 4},
-               {"square.dxe", 5}};
+               {"square.dxe", 5},
+               {"walls.wad --out a.png", 0},
+               {"walls.wad --out a.png --page 2", 2},
+               {"walls.wad --out a.png --page 0", 2},
+               {"square.dxe --out a.png --textures", 2},
+               {"maps/room.bsp --out a.png --textures", 4},
+               {"empty.wad --out a.png", 4},
+               {"cut.wad --out a.png", 4},
+               {"walls.wad --out none/a.png", 3},
+               {"walls.wad", 5}};
   for (const auto& c : cases) EXPECT_EQ(view(c.arguments).code, c.code) << c.arguments;
 }
 
@@ -178,10 +192,68 @@ TEST_F(ViewProgram, HardwareAndReferenceShowTheSame) {
   EXPECT_LT(far, hal.pixels.size() / 50);
 }
 
+/// Sheets are cells of 144 x 174 below a line of 24, each with a picture of at most 128 x 128 at (8, 8).
+std::uint32_t onSheet(const images::Image& sheet, std::uint32_t column, std::uint32_t row, std::uint32_t x,
+                      std::uint32_t y) {
+  return sheet.at(8 + column * 144 + x, 32 + row * 174 + y) & 0xFFFFFF;
+}
+
+TEST_F(ViewProgram, ShowsTheTexturesOfAPackageOnASheet) {
+  const ProgramRun run = view("walls.wad --out a.png --size 320x240 --json -");
+  ASSERT_EQ(run.code, 0) << run.output;
+  const json facts = json::parse(run.output);
+  EXPECT_EQ(facts["kind"], "package");
+  EXPECT_EQ(facts["shown"], (json{{"stone", 16, 16}, {"{bars", 64, 64}}));
+  const images::Image sheet = picture("a.png");
+  ASSERT_EQ(sheet.width, 320u);
+  for (const std::uint32_t at : {0u, 64u, 127u}) EXPECT_EQ(onSheet(sheet, 0, 0, at, at), 0x28D707u) << at;
+  std::set<std::uint32_t> throughHoles;
+  for (std::uint32_t x = 0; x < 128; ++x) throughHoles.insert(onSheet(sheet, 1, 0, x, 64));
+  EXPECT_EQ(throughHoles.size(), 2u) << "a chequered ground";
+  EXPECT_FALSE(throughHoles.contains(0x0000FF)) << "and not the key";
+  const std::uint32_t background = sheet.at(319, 239);
+  std::size_t ink = 0;
+  for (std::uint32_t y = 130; y < 160; ++y)
+    for (std::uint32_t x = 0; x < 128; ++x) ink += onSheet(sheet, 0, 0, x, y) != (background & 0xFFFFFF) ? 1 : 0;
+  EXPECT_GT(ink, 60u) << "name and size";
+}
+
+TEST_F(ViewProgram, ASheetHasPages) {
+  std::vector<std::pair<std::string, std::vector<std::byte>>> many;
+  for (std::uint8_t i = 0; i < 7; ++i) {
+    const std::string name{'t', static_cast<char>('0' + i)};
+    many.emplace_back(name, mipTexture(name, 16, static_cast<std::uint8_t>(10 * i)));
+  }
+  save("many.wad", wadFile(many));
+  for (const auto& [page, first, shown] : {std::tuple{1, 0u, 2u}, {2, 2u, 2u}, {4, 6u, 1u}}) {
+    const json facts =
+        json::parse(view("many.wad --out a.png --size 300x200 --json - --page " + std::to_string(page)).output);
+    EXPECT_EQ(facts["pages"], 4);
+    ASSERT_EQ(facts["shown"].size(), shown);
+    EXPECT_EQ(facts["shown"][0][0], std::string({'t', static_cast<char>('0' + first)}));
+    EXPECT_EQ(onSheet(picture("a.png"), 0, 0, 64, 64), (10 * first) << 16 | (255 - 10 * first) << 8 | 7);
+  }
+}
+
+TEST_F(ViewProgram, WhatCannotBeReadIsShownAsSuch) {
+  // The level holds two of its textures; the archive a picture, a damaged one and a text.
+  save("maps/hall.bsp", TinyHlLevel().bytes());
+  json facts = json::parse(view("maps/hall.bsp --textures --out a.png --json -").output);
+  std::size_t carried = 0;
+  for (const json& shown : facts["shown"]) carried += shown[1] != 0 ? 1 : 0;
+  EXPECT_EQ(carried, 2u);
+  EXPECT_EQ(facts["shown"].size(), 5u);
+  put("some.pak", PakFile{{"pics/red.bmp", contents("red.bmp")}, {"pics/cut.bmp", "BM"}, {"note.txt", "no"}}.bytes);
+  facts = json::parse(view("some.pak --out a.png --json -").output);
+  EXPECT_EQ(facts["kind"], "archive");
+  EXPECT_EQ(facts["shown"], (json{{"pics/red.bmp", 4, 2}, {"pics/cut.bmp", 0, 0}}));
+}
+
 TEST_F(ViewProgram, TurnsInAWindow) {
   if (std::getenv("QL_EXPECT_DISPLAY") == nullptr) GTEST_SKIP() << "no display";
   EXPECT_EQ(runProgram(QL_VIEW " box.3ds --device ref --size 160x120 --frames 20 --json a.json").code, 0);
   EXPECT_EQ(json::parse(contents("a.json"))["triangles"], 3);
+  EXPECT_EQ(runProgram(QL_VIEW " walls.wad --device ref --size 160x120 --frames 5").code, 0);
 }
 
 TEST_F(ViewProgram, RealMeshesAreSeenFromEverySide) {

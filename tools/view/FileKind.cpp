@@ -35,6 +35,8 @@ Kind kindOf(const std::filesystem::path& file) {
     throw Failure(ExitCode::Malformed,
                   fmt::format("{}: a QLMESH file gives back the mesh's name only; save as QLOF", file.string()));
   if (start.starts_with("QLOF")) return Kind::Chunks;
+  if (start.starts_with("WAD3")) return Kind::Package;
+  if (start.starts_with("PACK")) return Kind::Archive;
   if (start.starts_with("xof ")) return Kind::X;
   if (start.starts_with("IBSP") || ending == ".bsp") return Kind::Level;
   if (start.starts_with("MM")) return Kind::ThreeDs;
@@ -43,7 +45,7 @@ Kind kindOf(const std::filesystem::path& file) {
 }
 
 std::string_view nameOf(Kind kind) {
-  constexpr std::array<std::string_view, 6> kNames{"level", "qlof", "x", "3ds", "dxe", "picture"};
+  constexpr std::array<std::string_view, 8> kNames{"level", "qlof", "x", "3ds", "dxe", "picture", "package", "archive"};
   return kNames.at(static_cast<std::size_t>(kind));
 }
 

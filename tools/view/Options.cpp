@@ -20,11 +20,12 @@ std::optional<Options> parseOptions(int argc, char** argv) {
   bool quiet = false, verbose = false;
   CLI::App app(
       "Shows a file: turns it in a window, or with --out writes a picture of it.\n"
-      "It opens meshes (QLOF, X, 3DS, DXE), pictures (BMP, JPG, TGA, PNG, DDS) and levels.",
+      "It opens meshes (QLOF, X, 3DS, DXE), pictures (BMP, JPG, TGA, PNG, DDS) and levels. Of texture packages\n"
+      "(WAD3) and archives (PAK) it shows the textures on a sheet.",
       "ql-view");
   app.footer(
       "In the window: drag or arrow keys turn, the wheel or Page Up and Page Down come closer and go away,\n"
-      "space stops and starts turning, Escape closes.");
+      "space stops and starts turning, Escape closes. Page Up and Page Down turn the pages of a sheet.");
   app.set_version_flag("--version", "ql-view " QL_VERSION);
   app.add_option("FILE", options.file)->required();
   app.add_option("--base", options.base, "folder of textures; default: of the file, of a level the one above its maps/")
@@ -61,6 +62,10 @@ std::optional<Options> parseOptions(int argc, char** argv) {
       ->type_name("AXIS")
       ->check(CLI::IsMember({"y", "z"}));
   app.add_flag("--strip", options.strip, "the vertices of a QLOF mesh are strips, which files do not tell");
+  app.add_flag("--textures", options.textures, "a sheet of the textures that a Half-Life level carries");
+  app.add_option("--page", options.page, "of a sheet of textures, the first is 1")
+      ->type_name("N")
+      ->check(CLI::Range(1, 1'000'000));
   auto* quietFlag = app.add_flag("--quiet", quiet, "say nothing but errors");
   app.add_flag("--verbose", verbose, "show the engine's log")->excludes(quietFlag);
   try {

@@ -26,6 +26,8 @@ struct Options {
   DeviceChoice device = DeviceChoice::Auto;
   UpAxis up = UpAxis::Own;
   bool strip = false;
+  bool textures = false;  ///< of a level: the textures that it carries
+  int page = 1;           ///< of a sheet of textures
   Talk talk = Talk::Normal;
 };
 

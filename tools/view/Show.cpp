@@ -1,6 +1,7 @@
 #include "Show.h"
 
 #include "Findings.h"
+#include "ShowSheet.h"
 #include "Stage.h"
 #include "Subject.h"
 #include "walk/Failure.h"
@@ -154,7 +155,9 @@ void show(const Options& given) {
   if (options.out == "-" && (options.json == "-" || options.frames.value_or(1) > 1))
     throw Failure(ExitCode::Usage, "--out -: one picture alone goes to standard output");
   const Kind kind = kindOf(options.file);
+  if (options.textures && kind != Kind::Level) throw Failure(ExitCode::Usage, "--textures: the file is no level");
   prepareDisplay(options);
+  if (isCollection(kind) || options.textures) return showSheet(kind, options);
   const walk::PrivateHome home;
   const Extent extent = extentOf(kind, options);
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -105,9 +106,10 @@ void Stage::frame(Subject& subject, const View& view, const std::string& caption
   if (caption.empty()) triangles_ = internals_.GetFrameStatistics().triangles;
 }
 
-void Stage::forgetThePast(const Subject& subject, const View& view) {
+void Stage::forgetThePast(Subject& subject, const View& view) {
   place(subject, view);
   engine_.Clear();
+  if (!std::exchange(drawn_, true)) subject.draw();
   engine_.RenderToScreen();
   advance(kPastCache);
 }

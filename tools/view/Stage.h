@@ -38,7 +38,7 @@ class Stage {
   /// Draws one frame.
   void frame(Subject& subject, const View& view, const std::string& caption = "");
   /// Makes the next frame independent of those before, and lets time pass.
-  void forgetThePast(const Subject& subject, const View& view);
+  void forgetThePast(Subject& subject, const View& view);
   walk::Picture picture() const;
   /// Of the last frame without a caption.
   std::uint64_t triangles() const { return triangles_; }
@@ -59,6 +59,7 @@ class Stage {
   std::int16_t key_ = 0, fill_ = 0;
   std::string device_;
   std::uint64_t triangles_ = 0;
+  bool drawn_ = false;  ///< a level's sky is mapped in its own way when it is drawn first
   ql::Vec3 center_;
   double radius_ = 1, fitting_ = 1;  ///< of the sphere around it; the distance at which all is in view
 };
