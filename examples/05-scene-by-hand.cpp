@@ -42,8 +42,9 @@ int main(int argc, char** argv) {
                                globals.RGBA(0.6 - 0.2 * near, 0.4 - 0.12 * near, 0.4 - 0.1 * near, 1));
         }
       engine.RenderToScreen();
-      engine.ScreenShot(picture + std::to_string(ridges) + ".bmp");
-      return scene.LoadTexture(picture + std::to_string(ridges) + ".bmp", 512, 512);
+      const std::string file = picture.substr(0, picture.rfind('.')) + "-sky" + std::to_string(ridges) + ".bmp";
+      engine.ScreenShot(file);
+      return scene.LoadTexture(file, 512, 512);
     };
     const std::int32_t blue = globals.RGBA(0.15, 0.22, 0.45, 1);
     const Texture8 side = sky(3, blue, globals.RGBA(1, 0.65, 0.4, 1)), zenith = sky(0, blue, blue);
