@@ -6,9 +6,11 @@
 #include FT_SYNTHESIS_H
 
 #include "platform/fonts/FontFiles.h"
+#include "platform/fonts/Kerning.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <type_traits>
 
 namespace ql::fonts {
@@ -119,7 +121,8 @@ struct FontFace::Impl {
   FontRequest request;
   std::vector<std::byte> file;  ///< of a face from memory; outlives the face
   Library library;
-  Face face;  ///< null without a usable font
+  Face face;                     ///< null without a usable font
+  std::optional<Kerning> pairs;  ///< of the face
   bool thicken = false, shear = false;
 
   explicit Impl(const FontRequest& wanted) : request(wanted) {
@@ -133,7 +136,10 @@ struct FontFace::Impl {
   void adopt(FT_Face opened, bool bold, bool italic) {
     face.reset(opened);
     const auto size = static_cast<FT_F26Dot6>(std::lround(usablePoints(request.points) * 64));
-    if (!FT_IS_SCALABLE(opened) || FT_Set_Char_Size(opened, 0, size, kDotsPerInch, kDotsPerInch) != 0) face.reset();
+    if (!FT_IS_SCALABLE(opened) || FT_Set_Char_Size(opened, 0, size, kDotsPerInch, kDotsPerInch) != 0)
+      face.reset();
+    else
+      pairs.emplace(opened);
     thicken = request.bold && !bold;
     shear = request.italic && !italic;
   }
@@ -201,13 +207,12 @@ Glyph FontFace::render(char32_t character) const {
 }
 
 std::int32_t FontFace::kerning(char32_t left, char32_t right) const {
-  const FT_Face face = impl_->face.get();
-  FT_Vector apart{};
-  if (face == nullptr || !FT_HAS_KERNING(face) ||
-      FT_Get_Kerning(face, FT_Get_Char_Index(face, left), FT_Get_Char_Index(face, right), FT_KERNING_DEFAULT, &apart))
-    return 0;
-  const auto limit = static_cast<FT_Pos>(std::ceil(impl_->pixels()));
-  return static_cast<std::int32_t>(std::clamp<FT_Pos>(rounded(apart.x), -limit, limit));
+  if (!impl_->pairs) return 0;
+  // Small letters stand on whole pixels: pairs that are all rounded to the closer one would look crowded.
+  constexpr FT_Pos kFullSize = 25;  // pixels
+  const auto size = static_cast<FT_Pos>(impl_->face->size->metrics.x_ppem);
+  const FT_Pos limit = 64 * (size + 1), apart = std::clamp(impl_->pairs->between(left, right), -limit, limit);
+  return rounded(size < kFullSize ? FT_MulDiv(apart, size, kFullSize) : apart);
 }
 
 std::vector<Contour> FontFace::outline(char32_t character, float deviation) const {

@@ -1,10 +1,13 @@
 #include "platform/fonts/FontFace.h"
+#include "platform/fonts/FontFiles.h"
 #include "platform/host/Files.h"
 #include "support/SharedData.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numeric>
+#include <string_view>
 
 #include <fontconfig/fontconfig.h>
 #include <gtest/gtest.h>
@@ -106,6 +109,31 @@ TEST_F(InstalledFont, PairsAreKerned) {
   EXPECT_LT(face.kerning(U'A', U'V'), -2);
   EXPECT_EQ(face.kerning(U'H', U'H'), 0);
   EXPECT_EQ(face.kerning(U'A', 0x10FFFF), 0) << "no such character";
+  EXPECT_EQ(face.kerning(U'e', 0x0301), 0) << "an accent stands where its glyph puts it";
+}
+
+/// A font whose directory no longer tells of a table.
+std::vector<std::byte> withoutTable(std::vector<std::byte> font, std::string_view tag) {
+  constexpr std::size_t kFirst = 12, kEntry = 16;
+  const std::size_t count = std::to_integer<std::size_t>(font[4]) << 8 | std::to_integer<std::size_t>(font[5]);
+  for (std::size_t at = kFirst; at < kFirst + count * kEntry; at += kEntry)
+    if (std::memcmp(&font[at], tag.data(), tag.size()) == 0) font[at] = std::byte{'~'};
+  return font;
+}
+
+TEST_F(InstalledFont, PairsAreKernedByTheFeatureOrTheOlderTable) {
+  const std::vector<std::byte> font = host::readFile(findFont({})->path);
+  const FontRequest request{.points = 30};
+  const FontFace whole(request, font), feature(request, withoutTable(font, "kern"));
+  const FontFace table(request, withoutTable(font, "GPOS")),
+      neither(request, withoutTable(withoutTable(font, "kern"), "GPOS"));
+  for (const auto& [left, right] : {std::pair(U'A', U'V'), {U'T', U'o'}, {U'L', U'T'}, {U'f', U'i'}, {U'P', U'.'}}) {
+    const std::int32_t apart = whole.kerning(left, right);
+    EXPECT_EQ(feature.kerning(left, right), apart);
+    EXPECT_EQ(table.kerning(left, right), apart);
+    EXPECT_EQ(neither.kerning(left, right), 0);
+  }
+  EXPECT_LT(whole.kerning(U'T', U'o'), -3);
 }
 
 /// The area within closed lines, holes counting against it.
@@ -170,6 +198,7 @@ TEST(FontFace, DamagedFontFilesRenderSomethingOrNothing) {
         EXPECT_EQ(glyph.coverage.size(),
                   static_cast<std::size_t>(glyph.width) * static_cast<std::size_t>(glyph.height));
         face.outline(c, 1);
+        EXPECT_LE(std::abs(face.kerning(c, 332 - c)), static_cast<std::int32_t>(2 * points));
       }
     }
     ++seen;
