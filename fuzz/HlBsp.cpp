@@ -2,6 +2,7 @@
 
 #include "level/Collision.h"
 #include "level/HlFaces.h"
+#include "level/LightmapPages.h"
 #include "platform/host/Fault.h"
 #include "support/TinyHlLevel.h"
 
@@ -41,6 +42,26 @@ void checkPromises(const level::HlBsp& file, const level::HlFaces& built) {
   for (const level::HlVertex& vertex : built.vertices) require(std::isfinite(vertex.tu + vertex.tv + vertex.tu1));
 }
 
+void checkPages(const level::HlBsp& file, level::HlFaces& built) {
+  std::uint64_t luxels = 0;
+  for (const level::HlLightmap& light : built.lightmaps) luxels += std::uint64_t{light.width} * light.height;
+  const level::LightmapPages made = level::makeLightmapPages(file.lighting, built.lightmaps, 256);
+  level::usePages(built, made);
+  std::uint64_t texels = 0;
+  for (const level::LightmapPage& page : made.pages) {
+    require(page.pixels.size() == std::size_t{page.width} * page.height);
+    texels += page.pixels.size();
+  }
+  // Small ones take 8 by 8 and their edges, single ones grow along one axis, and pages are never quite full.
+  require(texels <= 8 * luxels + built.lightmaps.size() * 400 + 256 * 256);
+  for (const level::LightmapPlace& place : made.places) {
+    const level::LightmapPage& page = made.pages.at(place.page);
+    const std::uint32_t edge = page.single ? 0 : 1;
+    require(place.x >= edge && place.y >= edge && place.x + place.width + edge <= page.width &&
+            place.y + place.height + edge <= page.height);
+  }
+}
+
 void decodeTextures(std::span<const std::byte> bytes, const level::HlBsp& file) {
   for (std::size_t i = 0; i < std::min<std::size_t>(file.textures.size(), 8); ++i) {
     if (file.textures[i].offset == 0) continue;
@@ -69,7 +90,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::span<const std::byte> bytes = std::as_bytes(std::span(data, size));
   try {
     const level::HlBsp file = level::parseHlBsp(bytes);
-    checkPromises(file, level::buildHlFaces(file));
+    level::HlFaces built = level::buildHlFaces(file);
+    checkPromises(file, built);
+    checkPages(file, built);
     decodeTextures(bytes, file);
   } catch (const host::FileFault&) {
   }

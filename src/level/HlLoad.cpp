@@ -4,6 +4,7 @@
 #include "level/Level.h"
 #include "level/LevelState.h"
 #include "level/Lightmap.h"
+#include "level/LightmapPages.h"
 #include "level/LoadingPanel.h"
 #include "platform/host/Files.h"
 #include "render/Lights.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <future>
 #include <limits>
 #include <string>
 #include <system_error>
@@ -76,14 +78,20 @@ void createVertexBuffer(LevelState& level, const std::vector<HlVertex>& vertices
   for (const HlVertex& vertex : vertices) level.data.positions.push_back({vertex.x, vertex.y, vertex.z});
 }
 
-void createLightmaps(LevelState& level, const HlBsp& file, const std::vector<HlLightmap>& lightmaps) {
-  constexpr std::uint32_t kWhiteSide = 8;
+void createLightmaps(LevelState& level, const std::vector<LightmapPage>& pages) {
+  constexpr std::uint32_t kWhiteSide = 8, kLevels = 1, kNoUsage = 0;
   const std::vector<std::byte> white(std::size_t{kWhiteSide} * kWhiteSide * 3, std::byte{255});
   level.data.whiteLightmap = createLightmapTexture(level.context, white, kWhiteSide, kWhiteSide);
-  for (const HlLightmap& light : lightmaps)
-    level.data.lightmaps.push_back(createLightmapTexture(
-        level.context, file.lighting.subspan(light.offset, std::size_t{light.width} * light.height * 3), light.width,
-        light.height));
+  device::Device& device = level.context.requireDevice();
+  for (const LightmapPage& page : pages) {
+    if (page.single) {
+      level.data.lightmaps.push_back(createPackedTexture(level.context, page.pixels, page.width, page.height));
+      continue;
+    }
+    level.data.lightmaps.push_back(device.createTexture(page.width, page.height, kLevels, kNoUsage,
+                                                        device::Format::R5G6B5, device::Pool::Managed));
+    level.data.lightmaps.back()->writeLevel(0, std::as_bytes(std::span(page.pixels)));
+  }
 }
 
 /// Loads the pictures of sprites, where there are any.
@@ -100,19 +108,40 @@ void loadSprites(LevelState& level) {
   }
 }
 
-void createWorld(LevelState& level, const HlBsp& file) {
+/// The part of the world that needs no device.
+struct World {
+  HlFaces faces;
+  std::vector<LightmapPage> pages;
+};
+
+std::uint32_t largestTextureSide(const engine::EngineContext& context) {
+  if (!context.device) return kLightmapPageSide;  // the first texture will tell of it
+  const device::Capabilities& most = context.device->capabilities();
+  return std::min(most.maxTextureWidth, most.maxTextureHeight);
+}
+
+World buildWorld(const HlBsp& file, std::uint32_t largestTexture) {
+  World world;
+  world.faces = buildHlFaces(file);
+  LightmapPages made = makeLightmapPages(file.lighting, world.faces.lightmaps, largestTexture);
+  usePages(world.faces, made);
+  world.pages = std::move(made.pages);
+  return world;
+}
+
+void createWorld(LevelState& level, const HlBsp& file, std::future<World>& built) {
   try {
     showLoadingStep(level.context, "Create world...", 62);
     loadSprites(level);
     buildTree(level.data, file);
-    HlFaces built = buildHlFaces(file);
-    level.data.faces = std::move(built.records);
-    level.data.looks = std::move(built.looks);
-    level.data.brushModels = std::move(built.brushModels);
+    World world = built.get();
     level.data.packedVisibility = file.visibility;
     showLoadingStep(level.context, "Load lightmaps...", 72);
-    createLightmaps(level, file, built.lightmaps);
-    createVertexBuffer(level, built.vertices);
+    createLightmaps(level, world.pages);
+    createVertexBuffer(level, world.faces.vertices);
+    level.data.faces = std::move(world.faces.records);
+    level.data.looks = std::move(world.faces.looks);
+    level.data.brushModels = std::move(world.faces.brushModels);
   } catch (...) {
     level.context.log.write("BSPTREE : Error in creating world. STATE : ERROR (Level : 2/5)");
     throw;
@@ -177,6 +206,10 @@ void loadHalfLife(LevelState& level, std::vector<std::byte> bytes, const LoadOpt
     log.write("BSP TREE : " + std::to_string(file.repairs.count) +
               " damaged entries ignored, the first: " + file.repairs.first);
   level.data.entityText = file.entities;
+  // While this thread makes textures.
+  std::future<World> world =
+      std::async(std::launch::async | std::launch::deferred,
+                 [&file, side = largestTextureSide(level.context)] { return buildWorld(file, side); });
   if (options.loadTextures) {
     enterFolder(options.texturePath);
     log.write("BSP TREE : Load textures.");
@@ -186,7 +219,7 @@ void loadHalfLife(LevelState& level, std::vector<std::byte> bytes, const LoadOpt
     level.data.textures.resize(file.textures.size());
   }
   log.write("BSP TREE : Create world...");
-  createWorld(level, file);
+  createWorld(level, file, world);
   constexpr std::uint32_t kDoubleSided = 1;
   level.useLightMaps = options.loadLightMaps;
   level.usePvsInfo = true;

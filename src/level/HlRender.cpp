@@ -91,10 +91,12 @@ class Painter {
   /// The light that falls on the visible faces, which their textures then multiply.
   void drawLight() {
     device_.setTextureStageState(0, StageState::TexCoordIndex, 1);
+    std::int32_t set = kNothingSet;
     for (const VisibleFace& visible : level_.visible.list()) {
       const auto index = static_cast<std::size_t>(visible.face);
       if (!inWorldPasses(index)) continue;
-      device_.setTexture(0, lightOf(index));
+      if (face(index).lightmap != set) device_.setTexture(0, lightOf(index));
+      set = face(index).lightmap;
       draw(index);
     }
   }

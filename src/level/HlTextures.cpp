@@ -102,11 +102,11 @@ class Loader {
       level_.context.log.write("BSP TREE : texture " + texture.name + " : " + fault.what());
       return false;
     }
-    texture.texture = create(*image);
+    texture.texture = create(std::move(*image));
     return true;
   }
 
-  std::shared_ptr<device::Texture> create(const images::Image& image) {
+  std::shared_ptr<device::Texture> create(images::Image image) {
     device::Device& device = level_.context.requireDevice();
     const bool keyed = image.hasAlpha;
     const utility::TextureRequirements size =
@@ -114,7 +114,7 @@ class Loader {
                                                    keyed ? device::Format::A8R8G8B8 : level_.context.textureFormat});
     auto texture = device.createTexture(size.width, size.height, size.levels, 0, size.format, device::Pool::Managed);
     const std::vector<images::Image> levels =
-        utility::mipChain(utility::scaled(image, size.width, size.height, keyed), size.levels, keyed);
+        utility::mipChain(utility::scaled(std::move(image), size.width, size.height, keyed), size.levels, keyed);
     for (std::uint32_t i = 0; i < levels.size(); ++i)
       texture->writeLevel(i, utility::pixelsFromImage(levels[i], size.format));
     return texture;

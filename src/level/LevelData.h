@@ -23,7 +23,7 @@ inline constexpr std::uint32_t kLevelVertexFormat = 0x2C2;
 struct FaceRecord {
   std::int16_t texture = -1;      ///< index of the level's textures; -1: none, or drawn by a shader
   std::int16_t baseSlot = -1;     ///< -1: drawn in the base pass, else the slot of its shader
-  std::int32_t lightmap = -1;     ///< -1: none
+  std::int32_t lightmap = -1;     ///< -1: none; of Half-Life levels the page that it is on
   std::uint32_t firstVertex = 0;  ///< in the level's vertex buffer
   std::uint32_t triangleCount = 0;
   std::int32_t patch = -1;  ///< which of the level's curved faces it is

@@ -28,18 +28,24 @@ bool boxHolds(const Leaf& leaf, const std::array<float, 3>& at) {
   return true;
 }
 
-/// Whether a leaf's box has a corner on the inner side of each plane of the frustum.
-bool boxVisible(const Leaf& leaf, const View& view) {
-  std::array<math::Vec3, 8> corners;
-  for (std::size_t i = 0; i < corners.size(); ++i) {
-    const auto at = [&](std::size_t axis) {
-      return static_cast<float>((i >> axis & 1) != 0 ? leaf.maxs[axis] : leaf.mins[axis]);
+/// The frustum's planes in the file's space.
+std::array<math::Plane, 6> frustumInFile(const View& view) {
+  const math::Mat4& m = view.world;
+  std::array<math::Plane, 6> out;
+  std::ranges::transform(view.frustum, out.begin(), [&](const math::Plane& p) {
+    return math::Plane{-(p.a * m.m11 + p.b * m.m12 + p.c * m.m13), p.a * m.m21 + p.b * m.m22 + p.c * m.m23,
+                       p.a * m.m31 + p.b * m.m32 + p.c * m.m33, p.a * m.m41 + p.b * m.m42 + p.c * m.m43 + p.d};
+  });
+  return out;
+}
+
+/// Whether a leaf's box has a corner on the inner side of each plane.
+bool boxVisible(const Leaf& leaf, const std::array<math::Plane, 6>& planes) {
+  return std::ranges::all_of(planes, [&](const math::Plane& plane) {
+    const auto most = [&](float slope, std::size_t axis) {
+      return slope * static_cast<float>(slope < 0 ? leaf.mins[axis] : leaf.maxs[axis]);
     };
-    corners[i] = math::transformPoint({-at(0), at(1), at(2)}, view.world);
-  }
-  return std::all_of(view.frustum.begin(), view.frustum.end(), [&](const math::Plane& plane) {
-    return std::any_of(corners.begin(), corners.end(),
-                       [&](const math::Vec3& corner) { return math::distance(plane, corner) >= 0; });
+    return most(plane.a, 0) + most(plane.b, 1) + most(plane.c, 2) + plane.d >= 0;
   });
 }
 
@@ -206,10 +212,11 @@ void VisibleFaces::rebuild(const LevelData& level, const View& view) {
   version_ = nextVersion();
   list_.clear();
   holdsAll_ = false;
+  const std::array<math::Plane, 6> frustum = frustumInFile(view);
   for (std::size_t i = 1; i < level.leaves.size(); ++i) {
     const Leaf& leaf = level.leaves[i];
     if (leaf.leafFaceCount == 0 || !clusterVisible(leaf.cluster)) continue;
-    if (!(level.isHalfLife ? boxVisible(leaf, view) : sphereVisible(level.leafSpheres[i], view))) continue;
+    if (!(level.isHalfLife ? boxVisible(leaf, frustum) : sphereVisible(level.leafSpheres[i], view))) continue;
     const auto first = static_cast<std::size_t>(leaf.firstLeafFace);
     for (std::size_t k = first; k < first + static_cast<std::size_t>(leaf.leafFaceCount); ++k) {
       const std::int32_t face = level.leafFaces[k];

@@ -77,8 +77,9 @@ images::Image decodeMipTexture(std::span<const std::byte> bytes) {
   }
   if (cutOut) colors.back() = 0;
   images::Image image{texture.width, texture.height, {}, cutOut};
-  image.pixels.reserve(pixels.size());
-  for (const std::byte pixel : pixels) image.pixels.push_back(colors[std::to_integer<std::size_t>(pixel)]);
+  image.pixels.resize(pixels.size());
+  std::ranges::transform(pixels, image.pixels.begin(),
+                         [&](std::byte pixel) { return colors[std::to_integer<std::size_t>(pixel)]; });
   return image;
 }
 

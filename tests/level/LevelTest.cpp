@@ -172,8 +172,9 @@ TEST_F(LevelTest, PlacesThePlayerStart) {
 TEST_F(LevelTest, PacksLightmaps) {
   const auto packed = [](int r, int g, int b) {
     const std::vector<std::byte> rgb{std::byte(r), std::byte(g), std::byte(b)};
-    const std::vector<std::byte> bytes = packLightmap(rgb);
-    return std::to_integer<int>(bytes[0]) | std::to_integer<int>(bytes[1]) << 8;
+    std::uint16_t pixel = 0;
+    brightenPixels(rgb, &pixel);
+    return int{pixel};
   };
   EXPECT_EQ(packed(0, 0, 0), 4 << 11 | 8 << 5 | 4) << "0 becomes 32";
   EXPECT_EQ(packed(222, 222, 222), 31 << 11 | 63 << 5 | 31) << "254";

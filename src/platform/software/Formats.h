@@ -4,7 +4,6 @@
 
 #include "platform/device/Constants.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -24,8 +23,6 @@ class FormatCodec {
  private:
   device::Format format_;
   std::uint32_t bytes_;
-  // Expanding repeats bits, so a pixel of two bytes is what its low and its high byte give alone, ored.
-  std::array<std::uint32_t, 256> low_{}, high_{};
 };
 
 /// How a target's format stores colours: bits per channel, and whether it stores alpha.

@@ -42,8 +42,9 @@ void Texture::upload(std::uint32_t index, std::span<const std::byte> pixels) {
   const FormatCodec codec(description_.format);
   const std::size_t pitch = std::size_t{level.width} * codec.bytes();
   for (std::uint32_t y = 0; y < level.height; ++y, row += level.stride) {
-    codec.decode(pixels.subspan(y * pitch, pitch), {row, level.width});
-    for (std::uint32_t x = 0; x < level.width; ++x) row[x] ^= kTexelFlip;
+    const std::span<std::uint32_t> texels(row, level.width);
+    codec.decode(pixels.subspan(y * pitch, pitch), texels);
+    for (std::uint32_t& texel : texels) texel ^= kTexelFlip;
   }
   wrapEdges(index);
 }

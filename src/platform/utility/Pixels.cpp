@@ -73,9 +73,9 @@ bool applyColorKey(Image& image, std::uint32_t key) {
   return any;
 }
 
-Image scaled(const Image& image, std::uint32_t width, std::uint32_t height, bool keyed) {
+Image scaled(Image image, std::uint32_t width, std::uint32_t height, bool keyed) {
   if (image.width == width && image.height == height) return image;
-  return keyed ? straight(images::resample(premultiplied(image), width, height))
+  return keyed ? straight(images::resample(premultiplied(std::move(image)), width, height))
                : images::resample(image, width, height);
 }
 

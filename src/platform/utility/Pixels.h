@@ -24,7 +24,7 @@ std::vector<std::byte> pixelsFromImage(const images::Image& image, device::Forma
 bool applyColorKey(images::Image& image, std::uint32_t key);
 
 /// The picture in another size. @param keyed colours of transparent pixels do not show in their neighbours
-images::Image scaled(const images::Image& image, std::uint32_t width, std::uint32_t height, bool keyed);
+images::Image scaled(images::Image image, std::uint32_t width, std::uint32_t height, bool keyed);
 
 /// The picture and so many smaller levels below it that there are `levels`, each half of the one above.
 std::vector<images::Image> mipChain(images::Image image, std::uint32_t levels, bool keyed);

@@ -59,7 +59,7 @@ std::vector<Image> levelsFor(const std::vector<Image>& stored, const TextureRequ
   const bool keyed = key != 0 && applyColorKey(first, key);
   const bool sameSize = first.width == size.width && first.height == size.height;
   if (keyed || !sameSize || stored.size() == 1)
-    return mipChain(scaled(first, size.width, size.height, keyed), size.levels, keyed);
+    return mipChain(scaled(std::move(first), size.width, size.height, keyed), size.levels, keyed);
   std::vector<Image> levels(stored.begin(),
                             stored.begin() + std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(stored.size()),
                                                                       static_cast<std::ptrdiff_t>(size.levels)));
@@ -110,6 +110,10 @@ std::shared_ptr<device::Texture> createTextureFromFile(device::Device& device, c
 void loadSurfaceFromMemory(device::Surface& surface, std::span<const std::byte> pixels, std::uint32_t pitch,
                            Format format, std::uint32_t width, std::uint32_t height) {
   const device::SurfaceDescription to = surface.description();
+  const std::size_t bytes = std::size_t{width} * height * device::bytesPerPixel(format);
+  if (to.width == width && to.height == height && to.format == format && std::size_t{pitch} * height == bytes &&
+      pixels.size() >= bytes && !surface.locked())
+    return surface.write({0, 0, width, height}, pixels.first(bytes));
   const Image image = scaled(imageFromPixels(pixels, pitch, {width, height, format}), to.width, to.height, false);
   if (surface.locked()) throw DeviceError(device::kErrorInvalidCall, "loading into a locked surface");
   surface.write({0, 0, to.width, to.height}, pixelsFromImage(image, to.format));
@@ -123,7 +127,8 @@ void loadSurfaceFromFile(device::Surface& surface, const std::string& fileName, 
     const bool keyed = colorKey != 0 && applyColorKey(image, colorKey);
     const device::SurfaceDescription to = surface.description();
     if (surface.locked()) throw DeviceError(device::kErrorInvalidCall, "loading into a locked surface");
-    surface.write({0, 0, to.width, to.height}, pixelsFromImage(scaled(image, to.width, to.height, keyed), to.format));
+    surface.write({0, 0, to.width, to.height},
+                  pixelsFromImage(scaled(std::move(image), to.width, to.height, keyed), to.format));
   });
 }
 
