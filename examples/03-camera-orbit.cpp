@@ -35,6 +35,8 @@ int main(int argc, char** argv) {
     if (!engine.InitCurrentVideoMode()) return 5;
     engine.SetSearchDirectory(base);
     BSPTree8 tree;
+    tree.LoadShaderDirectory("scripts");
+    tree.SetParameters(True, True, QL_BACK_CULL, True);  // with the sky
     tree.Load(level);
     const Vec3 start = tree.GetStartPlayerPosition();
     Camera8 camera;

@@ -37,6 +37,8 @@ int main(int argc, char** argv) {
     });
 
     BSPTree8 tree;
+    tree.LoadShaderDirectory("scripts");
+    tree.SetParameters(True, True, QL_BACK_CULL, True);  // with the sky
     tree.Load(level);
     const Vec3 start = tree.GetStartPlayerPosition();
     Camera8 camera;

@@ -84,7 +84,7 @@ TEST_F(Walk, ADamagedLevelIsLoggedAndTheEngineGoesOn) {
   EXPECT_EQ(internals.GetFrameStatistics().faces, 4u);
 }
 
-/// The demo level as its host sees it: its own textures, curves at full precision.
+/// The demo level as its host sees it: its own textures, shaders and sky, curves at full precision.
 class DemoLevel : public Walk {};
 TEST_F(DemoLevel, LooksAsItDid) {
   const std::filesystem::path assets = QL_ASSETS_DIR;
@@ -93,9 +93,19 @@ TEST_F(DemoLevel, LooksAsItDid) {
   start(320, 240);
   engine.SetSearchDirectory(assets.string());
   level.SetCurvePrecision(QL_CURVE_HIGH);
+  level.LoadShaderDirectory("scripts");
+  level.SetParameters(True, True, QL_DOUBLESIDED, True);
   level.Load("maps/court.bsp");
-  EXPECT_TRUE(matchesGolden(draw({190, 78, 430}, {-150, 140, -300}), "court-pool"));
   EXPECT_TRUE(matchesGolden(draw({0, 120, -660}, {0, 260, -1184}), "court-hall"));
+  const images::Image pool = draw({190, 78, 430}, {-150, 140, -300});
+  EXPECT_TRUE(matchesGolden(pool, "court-pool"));
+  EXPECT_TRUE(matchesGolden(draw({-150, 140, -830}, {-286, 150, -896}), "court-window")) << "a vase behind glass";
+  const images::Image later = draw({190, 78, 430}, {-150, 140, -300});
+  std::size_t moved = 0, movedGround = 0;
+  for (std::size_t i = 0; i < pool.pixels.size(); ++i)
+    if (pool.pixels[i] != later.pixels[i]) ++(i < pool.pixels.size() / 4 * 3 ? moved : movedGround);
+  EXPECT_GT(moved, 1000u) << "water drifts, lamps flicker";
+  EXPECT_EQ(movedGround, 0u) << "paving does not";
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ inline std::string twoRooms(const std::string& extra = {}) {
 level rooms density=32
 sun to=0.3,0.2,0.9 colour=1,1,1
 material wall plaster size=64
-material sky sky_up map=fit sky
+material sky sky map=fit sky
 box   0   0 -16  256 256   0 wall     # first room
 box   0   0 128  256 256 144 wall
 box -16   0   0    0 256 128 wall
@@ -50,7 +50,7 @@ level room density=24
 sun to=0.3,0.2,0.9 colour=2,2,1.8
 material wall plaster size=64
 material stone stone size=64
-material sky sky_up map=fit sky
+material sky sky map=fit sky
 box   0   0 -16  256 256   0 wall
 box   0   0 160  256 256 176 sky
 box   0   0 128   96 256 160 wall

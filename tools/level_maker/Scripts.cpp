@@ -65,19 +65,12 @@ textures/court/lamp
 	}
 }
 
-// Clouds in two layers around the whole level.
-textures/court/sky_clouds
+// Clouds around the whole level, seen wherever a surface has this name.
+textures/court/sky
 {
 	surfaceparm sky
 	{
-		map textures/court/sky_up.tga
-		tcMod scroll 0.004 0.002
-	}
-	{
-		map textures/court/sky_up.tga
-		blendFunc blend
-		tcMod scale 2 2
-		tcMod scroll 0.01 0.006
+		map textures/court/sky.tga
 	}
 }
 
@@ -98,14 +91,14 @@ textures/court/gold
 	}
 }
 
-// Coloured glass that is seen through.
-textures/court/glass_clear
+// Leaded glass that tints what is seen through it.
+textures/court/glass
 {
 	surfaceparm trans
 	cull none
 	{
 		map textures/court/glass.tga
-		blendFunc GL_DST_COLOR GL_SRC_COLOR
+		blendFunc GL_DST_COLOR SRCCOLOR
 	}
 }
 )";

@@ -182,11 +182,6 @@ std::pair<double, double> textureAt(const Surface& surface, const Material& mate
   }
   v = (dot(p, axes.down) - lowV) / (highV - lowV);
   if (material.mapping == Mapping::Fit) u = (dot(p, axes.across) - lowU) / (highU - lowU);
-  if (material.sky) {  // half a texel in, so that filtering does not fetch the opposite edge
-    constexpr double kInset = 0.5 / 512.0;
-    u = kInset + u * (1.0 - 2.0 * kInset);
-    v = kInset + v * (1.0 - 2.0 * kInset);
-  }
   return {u, v};
 }
 

@@ -258,19 +258,22 @@ Paint medallion(double x, double y) {
   return {mix(Vec3{0.26, 0.22, 0.18}, c, body), body};
 }
 
-Paint stainedGlass(double x, double y) {
+/// Leaded panes that darken or lighten what is seen through them: half of full brightness leaves it as it is.
+Paint glass(double x, double y) {
   const Cell cell = scatteredCell(x, y, 6, 341);
-  const double lead = smoothStep(0.04, 0.09, cell.second - cell.nearest);
-  static constexpr std::array<Vec3, 5> kGlass{Vec3{0.98, 0.74, 0.28}, Vec3{0.92, 0.36, 0.20}, Vec3{0.26, 0.52, 0.88},
-                                              Vec3{0.98, 0.90, 0.66}, Vec3{0.30, 0.68, 0.48}};
+  const double lead = smoothStep(0.03, 0.07, cell.second - cell.nearest);
+  static constexpr std::array<Vec3, 5> kGlass{Vec3{0.62, 0.50, 0.30}, Vec3{0.60, 0.36, 0.28}, Vec3{0.36, 0.46, 0.64},
+                                              Vec3{0.58, 0.56, 0.50}, Vec3{0.40, 0.58, 0.44}};
+  constexpr Vec3 kClear{0.58, 0.58, 0.56};
   const double px = x - 0.5;
   const double py = y - 0.5;
   const double radius = std::sqrt(px * px + py * py);
   Vec3 c = kGlass[static_cast<std::size_t>(hashUnit(cell.id, 5) * 5)];
-  if (radius < 0.2) c = mix(c, {1.0, 0.86, 0.44}, 0.8);
-  const double ring = smoothStep(0.008, 0.016, std::fabs(radius - 0.2));
+  const double middle = 1.0 - smoothStep(0.345, 0.355, radius);
+  c = mix(c, kClear, middle);
+  const double ring = smoothStep(0.008, 0.016, std::fabs(radius - 0.35));
   const double frame = smoothStep(0.02, 0.03, std::min({x, 1 - x, y, 1 - y}));
-  return {c * (0.9 + 0.2 * noise(x, y, 24, 345)) * (0.12 + 0.88 * lead * ring * frame), 0.0};
+  return {c * (0.94 + 0.1 * noise(x, y, 24, 345)) * (0.08 + 0.92 * std::max(lead, middle) * ring * frame), 0.0};
 }
 
 Paint lamp(double x, double y) {
@@ -312,7 +315,7 @@ std::vector<TextureRecipe> ornamentRecipes() {
       {"books", 256, Targa24, 0.2, books},
       {"banner", 256, Targa24, 0.0, banner},
       {"medallion", 512, Jpeg, 0.25, medallion},
-      {"glass", 256, Jpeg, 0.0, stainedGlass},
+      {"glass", 256, Jpeg, 0.0, glass},
       {"lamp", 64, Targa32, 0.0, lamp},
       {"lamp_blue", 64, Targa32, 0.0, lampBlue},
       {"flame1", 128, Targa32, 0.0, [](double x, double y) { return flame(x, y, 361); }},
