@@ -27,6 +27,7 @@ struct ChunkMesh {
   std::vector<math::ColorVertex> colorVertices;    ///< likewise
   std::optional<std::int16_t> primitiveType;
   bool billboard = false, sprite = false;
+  bool shape = false;  ///< vertices are counted, but the list has no more than its spare: a shape's are not saved
   std::vector<MeshGroup> groups;  ///< element 0 and the file's; empty when it has none
   std::uint32_t repairs = 0;      ///< groups whose vertices do not exist, numbers that were none
 };
@@ -35,8 +36,9 @@ struct ChunkMesh {
 /// geometry) reads on as zeros. @throws host::FileFault BadIdentifier, Truncated, BadSize
 ChunkMesh parseChunkMesh(std::span<const std::byte> bytes);
 
-/// Takes the vertices from groups that name vertices which do not exist: drawing trusts groups.
-void emptyImpossibleGroups(std::vector<MeshGroup>& groups, std::int32_t vertexCount);
+/// Takes the vertices from groups that name vertices which do not exist. Those of shapes may: they claim some beside
+/// their shape's; but no group starts or ends before 0.
+void emptyImpossibleGroups(ChunkMesh& file);
 
 /// The chunk file of a mesh. @param textureDescriptions the faces' lightmaps, materials and textures too, and what the
 /// texture table knows of those textures @throws engine::EngineError 9 for a texture outside the table

@@ -140,6 +140,7 @@ class Reader {
     const std::size_t at = static_cast<std::size_t>(chunks_[index].offset) - 1;
     const std::size_t wanted = static_cast<std::size_t>(vertices) + 1;
     std::size_t there = std::min(wanted, room(index) / sizeof(Vertex));
+    out_.shape = there <= 1;
     if (vertices > kMaxVertices) there = wanted;  // what is not there is not made up without bounds
     out = reader_.table<Vertex>(at, there, "vertices");
     for (Vertex& vertex : out) {
@@ -220,9 +221,12 @@ bool isMeshDump(std::span<const std::byte> bytes) {
 
 ChunkMesh parseChunkMesh(std::span<const std::byte> bytes) { return Reader(bytes).mesh(); }
 
-void emptyImpossibleGroups(std::vector<MeshGroup>& groups, std::int32_t vertexCount) {
-  for (MeshGroup& group : groups)
-    if (group.count < 0 || group.start < 0 || group.start + group.count > vertexCount) group.count = group.start = 0;
+void emptyImpossibleGroups(ChunkMesh& file) {
+  const std::int32_t vertices = file.vertexCount.value_or(0);
+  for (MeshGroup& group : file.groups) {
+    const bool past = !file.shape && group.start + group.count > vertices;
+    if (group.count < 0 || group.start < 0 || past) group.count = group.start = 0;
+  }
 }
 
 void loadChunks(engine::EngineContext& context, MeshHandle& mesh, const std::string& fileName) {
@@ -235,9 +239,9 @@ void loadChunks(engine::EngineContext& context, MeshHandle& mesh, const std::str
   if (file.vertexCount.value_or(0) > kMaxVertices) throw engine::EngineError(engine::kOverflow, "Overflow");
   MeshRecord& record = meshRecord(context, mesh.slot);
   const bool grouped = !file.groups.empty();
+  emptyImpossibleGroups(file);
   fill(record, file);
   if (grouped) mesh.currentGroup = record.groupCount;
-  emptyImpossibleGroups(record.groups, record.vertexCount);
   noteChange(context, mesh.slot);
   noteMoved(context, mesh.slot);
 }

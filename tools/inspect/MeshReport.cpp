@@ -175,8 +175,9 @@ Json chunkReport(std::span<const std::byte> bytes, bool validate) {
     mesh::ChunkMesh file = mesh::parseChunkMesh(bytes);
     const std::int32_t count = file.vertexCount.value_or(0);
     repairs = file.repairs;
-    for (const mesh::MeshGroup& group : file.groups) repairs += group.start + group.count > count ? 1u : 0u;
-    mesh::emptyImpossibleGroups(file.groups, count);
+    for (const mesh::MeshGroup& group : file.groups)
+      repairs += !file.shape && group.start + group.count > count ? 1u : 0u;
+    mesh::emptyImpossibleGroups(file);
     json["name"] = host::toUtf8(file.name.value_or(""));
     json["vertices"] = count;
     json["vertex_type"] = file.colorVertices.empty() ? mesh::kNormalVertices : mesh::kColorVertices;

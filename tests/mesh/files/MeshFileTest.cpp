@@ -1,6 +1,7 @@
 #include "mesh/Build.h"
 #include "mesh/MeshFile.h"
 #include "mesh/MeshSurface.h"
+#include "mesh/Shapes.h"
 #include "platform/host/Files.h"
 #include "render/RenderTest.h"
 #include "render/TextureTable.h"
@@ -169,6 +170,25 @@ TEST_F(MeshFileTest, BringsBackWhatTheFormatKeeps) {
           ElementsAre(was.start, was.count, was.sphereMap, was.blending, was.texture, was.material, was.lightmap));
     }
     EXPECT_EQ(asText(chunks(back, true)).substr(0, 200), asText(chunks(mesh, true)).substr(0, 200));
+  }
+}
+
+TEST_F(MeshFileTest, ShapesAreSavedByTheirNumbersOnly) {
+  const std::function<void(MeshHandle&)> shapes[] = {[&](MeshHandle& mesh) { createSphere(context, mesh, 0, 2, 8, 8); },
+                                                     [&](MeshHandle& mesh) { createTeapot(context, mesh); }};
+  for (const auto& make : shapes) {
+    const std::shared_ptr<MeshHandle> mesh = allocateMesh(context, "Shape");
+    make(*mesh);
+    context.get<LastChunk>() = {};
+    const std::vector<std::byte> file = chunks(mesh);
+    const std::shared_ptr<MeshHandle> back = loaded(file);
+    EXPECT_FALSE(record(back).usesSubsets);
+    EXPECT_EQ(record(back).vertexCount, record(mesh).vertexCount);
+    EXPECT_EQ(record(back).normalVertices[8].x, 0);
+    EXPECT_EQ(record(back).groups[1].count, 30) << "claimed, not there";
+    EXPECT_EQ(record(back).groups[1].start, record(mesh).groups[1].start);
+    EXPECT_NO_THROW(optimize(context, *back));
+    computeNormals(context, *back);
   }
 }
 
