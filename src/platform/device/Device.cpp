@@ -198,6 +198,21 @@ void Device::writeTarget(TargetId target, std::span<const std::byte> pixels) {
   d.watch->effect("TargetWritten", target, 0, 0, to.width, to.height, pixels);
 }
 
+void Device::copyTarget(TargetId target, const std::shared_ptr<Texture>& texture, std::uint32_t level) {
+  Impl& d = *impl_;
+  d.note("CopyTarget", target, texture ? texture->id() : TextureId::None, level);
+  const auto found = d.watch->targets.find(target);
+  if (found == d.watch->targets.end()) invalidCall("no target " + number(target));
+  if (!texture || texture->backEnd() != d.backEnd) invalidCall("a copy to no texture of this device");
+  const Watch::Target& from = found->second;
+  const SurfaceDescription to = texture->levelDescription(level);
+  if (from.width != to.width || from.height != to.height)
+    invalidCall("copy of " + number(from.width) + " x " + number(from.height) + " pixels to a level of " +
+                number(to.width) + " x " + number(to.height));
+  if (from.texture == texture->id()) invalidCall("copy of a texture to itself");
+  d.backEnd->copyToTexture(target, texture->id(), level);
+}
+
 void Device::setRenderTarget(TargetId target, std::uint32_t width, std::uint32_t height) {
   Impl& d = *impl_;
   d.note("SetRenderTarget", target, width, height);

@@ -118,6 +118,11 @@ class Device {
   void destroyTarget(TargetId target);
   /// Overwrites all colours of a target, tightly packed in its format.
   void writeTarget(TargetId target, std::span<const std::byte> pixels);
+  /// Copies a target's picture to a level of a texture that is as large, rounded to its format, and makes the texture's
+  /// smaller levels anew. Nothing waits for it.
+  /// @throws DeviceError invalid call: no such target, no texture of this device, a level of another size, or the
+  /// texture that the target draws into
+  void copyTarget(TargetId target, const std::shared_ptr<Texture>& texture, std::uint32_t level);
   /// Directs drawing to a target of the caller's (render-to-surface); none returns to the back buffer. The viewport
   /// becomes the whole target.
   void setRenderTarget(TargetId target, std::uint32_t width, std::uint32_t height);

@@ -6,6 +6,7 @@
 #include "platform/opengl/Painter.h"
 #include "platform/opengl/Presenter.h"
 #include "platform/opengl/Resources.h"
+#include "platform/opengl/TextureCopier.h"
 
 #include <algorithm>
 #include <array>
@@ -146,6 +147,12 @@ class OpenGLBackEnd final : public device::BackEnd {
     gpu_->targets.at(target)->write(rect, pixels);
   }
 
+  void copyToTexture(TargetId target, TextureId texture, std::uint32_t level) override {
+    const CurrentContext current(*context_);
+    gpu_->painter.finish();
+    gpu_->copier.copy(*gpu_->targets.at(target), *gpu_->textures.at(texture), level);
+  }
+
   void present(TargetId id, device::Window* window) override {
     Target& target = *gpu_->targets.at(id);
     const bool shows = window && window->visible() && !target.isTextureLevel();
@@ -167,7 +174,7 @@ class OpenGLBackEnd final : public device::BackEnd {
  private:
   /// Everything that lives in the context.
   struct Gpu {
-    explicit Gpu(DriverCalls& calls) : shadow(calls.states), painter(shadow, calls), presenter(shadow) {
+    explicit Gpu(DriverCalls& calls) : shadow(calls.states), painter(shadow, calls), copier(shadow), presenter(shadow) {
       shadow.start();
     }
     Shadow shadow;
@@ -175,6 +182,7 @@ class OpenGLBackEnd final : public device::BackEnd {
     std::unordered_map<TargetId, std::unique_ptr<Target>> targets;
     std::unordered_map<BufferId, GlBuffer> buffers;
     Painter painter;
+    TextureCopier copier;
     Presenter presenter;
   };
 

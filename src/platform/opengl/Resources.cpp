@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace ql::opengl {
 namespace {
@@ -61,9 +62,7 @@ Texture::Texture(Shadow& shadow, const device::TextureDescription& description)
   forgetErrors();
   bind();
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, integer(description_.levels) - 1);
-  // Drawing leaves anything in an alpha that the format does not have.
-  if (description.renderTarget && !device::hasAlpha(description.format))
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_A, GL_ONE);
+  if (description.renderTarget && !device::hasAlpha(description.format)) hideAlpha();
   for (std::uint32_t i = 0; i < description_.levels; ++i)
     glTexImage2D(GL_TEXTURE_2D, integer(i), GL_RGBA8, integer(width(i)), integer(height(i)), 0, kLayout, kType,
                  nullptr);
@@ -80,6 +79,18 @@ void Texture::write(std::uint32_t level, std::span<const std::uint32_t> argb) {
   glTexSubImage2D(GL_TEXTURE_2D, integer(level), 0, 0, integer(width(level)), integer(height(level)), kLayout, kType,
                   argb.data());
   written_ |= 1u << level;
+}
+
+void Texture::hideAlpha() {
+  if (std::exchange(alphaHidden_, true)) return;
+  bind();
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_A, GL_ONE);
+}
+
+void Texture::showLevels(std::uint32_t first, std::uint32_t last) {
+  bind();
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_BASE_LEVEL, integer(first));
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, integer(last));
 }
 
 GLuint Texture::complete() {

@@ -34,6 +34,15 @@ class Texture {
   std::uint32_t height(std::uint32_t level) const;
   /// The name, for drawing: levels that nobody has written become 0 first.
   GLuint complete();
+  /// The name, for drawing all pixels of a level anew.
+  GLuint overwrite(std::uint32_t level) {
+    written_ |= 1u << level;
+    return texture_.name();
+  }
+  /// Drawing and copying leave anything in an alpha that the format does not have: it reads as 1 from now on.
+  void hideAlpha();
+  /// Limits what can be read when drawing.
+  void showLevels(std::uint32_t first, std::uint32_t last);
   void upload(std::uint32_t level, std::span<const std::byte> pixels);
   std::vector<std::byte> read(std::uint32_t level);
   /// The contents now, in a texture of its own.
@@ -47,6 +56,7 @@ class Texture {
   device::TextureDescription description_;
   GlTexture texture_;
   std::uint32_t written_ = 0;  ///< a bit for each level
+  bool alphaHidden_ = false;
 };
 
 /// Colour and depth to draw into. The first row of the picture is the one at y = 0.
@@ -65,6 +75,7 @@ class Target {
   GLuint framebuffer() const { return framebuffer_.name(); }
   const Texture& texture() const { return *texture_; }
   GLuint colors() { return texture_->complete(); }
+  std::uint32_t level() const { return level_; }  ///< of the texture that holds the colours
   bool isTextureLevel() const { return isTextureLevel_; }
 
   void clear(const std::array<std::int32_t, 4>& area, std::uint32_t flags, std::uint32_t color, float z);

@@ -1,5 +1,6 @@
 #include "platform/recording/NullBackEnd.h"
 
+#include "platform/device/Levels.h"
 #include "platform/device/Resources.h"
 
 #include <algorithm>
@@ -97,6 +98,19 @@ void NullBackEnd::writePixels(TargetId target, PixelRect rect, std::span<const s
   Pixels& pixels = pixelsOf(targets_.at(target));
   const std::size_t row = rect.width * pixels.pixel;
   for (std::size_t y = 0; y < rect.height; ++y) std::copy_n(bytes.data() + y * row, row, pixels.row(rect, y));
+}
+
+void NullBackEnd::copyToTexture(TargetId target, TextureId texture, std::uint32_t level) {
+  const Target& from = targets_.at(target);
+  const Pixels& pixels = pixelsOf(targets_.at(target));
+  Texture& to = textures_.at(texture);
+  std::vector<std::uint32_t> picture(std::size_t{pixels.width} * pixels.height);
+  toArgb(from.format, pixels.bytes, picture);
+  for (; level < to.levels.size(); ++level) {
+    Pixels& here = to.levels[level];
+    fromArgb(to.format, picture, here.bytes);
+    picture = halved(picture, here.width, here.height);
+  }
 }
 
 void NullBackEnd::present(TargetId, Window*) {}

@@ -31,6 +31,7 @@ class NullBackEnd : public device::BackEnd {
              std::uint32_t color, float z) override;
   std::vector<std::byte> readPixels(device::TargetId target, device::PixelRect rect) override;
   void writePixels(device::TargetId target, device::PixelRect rect, std::span<const std::byte> pixels) override;
+  void copyToTexture(device::TargetId target, device::TextureId texture, std::uint32_t level) override;
   void present(device::TargetId target, device::Window* window) override;
   const device::Statistics& statistics() const override { return statistics_; }
 

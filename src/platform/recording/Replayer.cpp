@@ -290,6 +290,12 @@ struct Replayer::Impl {
     target = number;
   }
 
+  void copyTarget(ReplayValues& v) {
+    const TargetId from = find(targets, v.u32()).id;
+    const std::shared_ptr<Texture> to = find(textures, v.u32());
+    device->copyTarget(from, to, v.u32());
+  }
+
   static Step stepOf(const TraceRecord& record);
   void perform(const TraceRecord& record);
 };
@@ -314,6 +320,7 @@ Replayer::Impl::Step Replayer::Impl::stepOf(const TraceRecord& record) {
       {"SetStreamSource", &Impl::setStreamSource},
       {"DrawPrimitive", &Impl::drawPrimitive},
       {"SetRenderTarget", &Impl::setRenderTarget},
+      {"CopyTarget", &Impl::copyTarget},
   };
   static const std::unordered_map<std::string_view, Step> effects{
       {"DeviceCreated", &Impl::deviceCreated},       {"DeviceReset", &Impl::deviceReset},

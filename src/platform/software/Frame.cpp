@@ -78,16 +78,34 @@ void Frame::clear(Clear clear) {
   clears_.push_back(clear);
 }
 
-void Frame::flush(Target& target, device::Statistics& statistics) {
+Box Frame::tileArea(const Target& target, std::int32_t index) {
+  const std::int32_t x = index % target.tilesX() * kTileSide, y = index / target.tilesX() * kTileSide;
+  return intersect({x, y, x + kTileSide, y + kTileSide}, {0, 0, target.width(), target.height()});
+}
+
+void Frame::copy(Target& target, TextureCopy& copy) {
+  const Target::Rows rows = target.beginWrite();
+  pool_.run(static_cast<std::uint32_t>(target.tilesX() * target.tilesY()), [&](std::uint32_t index, unsigned worker) {
+    meter_.time(worker, device::WorkStep::Tiles,
+                [&] { copy.copyTile(rows, tileArea(target, static_cast<std::int32_t>(index))); });
+  });
+  copy.finish();
+}
+
+void Frame::flush(Target& target, device::Statistics& statistics, TextureCopy* copy) {
   if (empty()) return;
   transform();
   binAll(target);
   const Target::Rows rows = target.beginWrite();
   pool_.run(static_cast<std::uint32_t>(target.tilesX() * target.tilesY()), [&](std::uint32_t index, unsigned worker) {
     meter_.time(worker, device::WorkStep::Tiles,
-                [&] { drawTile(rows, target, static_cast<std::int32_t>(index), *tiles_[worker]); });
+                [&] {
+                  drawTile(rows, target, static_cast<std::int32_t>(index), *tiles_[worker]);
+                  if (copy) copy->copyTile(rows, tileArea(target, static_cast<std::int32_t>(index)));
+                });
   });
   target.endWrite();
+  if (copy) copy->finish();
   count(statistics);
   draws_.clear();
   clears_.clear();
@@ -176,10 +194,9 @@ void Frame::binAll(const Target& target) {
 }
 
 void Frame::drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile) {
-  tile.x = index % target.tilesX() * kTileSide;
-  tile.y = index / target.tilesX() * kTileSide;
-  tile.area =
-      intersect({tile.x, tile.y, tile.x + kTileSide, tile.y + kTileSide}, {0, 0, target.width(), target.height()});
+  tile.area = tileArea(target, index);
+  tile.x = tile.area.left;
+  tile.y = tile.area.top;
   tile.depth = &target.depth(index);
   const auto touches = [&](const Job& job) { return !job.lists[static_cast<std::size_t>(index)].empty(); };
   const bool cleared =

@@ -7,6 +7,7 @@
 #include "platform/software/Kernels.h"
 #include "platform/software/Meter.h"
 #include "platform/software/Pool.h"
+#include "platform/software/TextureCopy.h"
 #include "platform/software/Tile.h"
 
 #include <cstddef>
@@ -42,7 +43,10 @@ class Frame {
 
   /// Carries everything out.
   /// @param statistics to add what was done to
-  void flush(Target& target, device::Statistics& statistics);
+  /// @param copy is made on the way; null: none
+  void flush(Target& target, device::Statistics& statistics, TextureCopy* copy = nullptr);
+  /// Makes a copy of a target's finished picture, whatever waits for others.
+  void copy(Target& target, TextureCopy& copy);
   Meter& meter() { return meter_; }
 
  private:
@@ -55,6 +59,7 @@ class Frame {
   void transform();
   void transformGroup(std::size_t group);
   void binAll(const Target& target);
+  static Box tileArea(const Target& target, std::int32_t index);
   void drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile);
   void count(device::Statistics& statistics);
   /// The draw that a primitive belongs to. @param from not after it

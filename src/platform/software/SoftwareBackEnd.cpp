@@ -73,6 +73,7 @@ class SoftwareBackEnd final : public device::BackEnd {
              float z) override;
   std::vector<std::byte> readPixels(TargetId target, PixelRect rect) override;
   void writePixels(TargetId target, PixelRect rect, std::span<const std::byte> pixels) override;
+  void copyToTexture(TargetId target, TextureId texture, std::uint32_t level) override;
   void present(TargetId target, device::Window* window) override;
 
   const device::Statistics& statistics() const override { return statistics_; }
@@ -94,8 +95,9 @@ class SoftwareBackEnd final : public device::BackEnd {
     }
     return target;
   }
-  void flush() {
-    if (pending_ != TargetId::None && !frame_.empty()) frame_.flush(*targets_.at(pending_), statistics_);
+  /// @param copy of the target that waits, made on the way; null: none
+  void flush(TextureCopy* copy = nullptr) {
+    if (pending_ != TargetId::None && !frame_.empty()) frame_.flush(*targets_.at(pending_), statistics_, copy);
     pipeline_ = nullptr;
     snapshots_.clear();
     pipelineTextures_ = {};  // else the next upload would copy
@@ -227,6 +229,18 @@ void SoftwareBackEnd::writePixels(TargetId id, PixelRect rect, std::span<const s
     for (std::uint32_t& pixel : row) pixel ^= rows.flip;
   }
   target.endWrite();
+}
+
+void SoftwareBackEnd::copyToTexture(TargetId id, TextureId textureId, std::uint32_t level) {
+  Texture& texture = *textures_.at(textureId);
+  finish(texture);
+  Target& target = *targets_.at(id);
+  const bool waits = pending_ == id && !frame_.empty();
+  TextureCopy copy(target, texture, level);
+  if (waits)
+    flush(&copy);
+  else
+    frame_.copy(target, copy);
 }
 
 void SoftwareBackEnd::present(TargetId id, device::Window* window) {

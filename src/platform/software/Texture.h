@@ -42,6 +42,7 @@ class Texture {
 
   const device::TextureDescription& description() const { return description_; }
   std::shared_ptr<const TextureData> data() const { return data_; }
+  std::uint32_t levels() const { return data_->levelCount; }
   const TextureLevel& level(std::uint32_t index) const { return data_->levels[index]; }
 
   void upload(std::uint32_t level, std::span<const std::byte> pixels);

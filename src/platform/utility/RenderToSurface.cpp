@@ -10,7 +10,6 @@ using device::TargetId;
 
 struct RenderToSurface::Impl {
   device::Device& device;
-  std::shared_ptr<device::BackEnd> backEnd;
   device::SurfaceDescription size;
   TargetId own = TargetId::None;  ///< for textures that cannot be drawn into; made on first use
 
@@ -24,8 +23,7 @@ struct RenderToSurface::Impl {
   std::uint32_t level = 0;
   math::Viewport viewport;  ///< from before the scene
 
-  Impl(device::Device& owner, const device::SurfaceDescription& surface)
-      : device(owner), backEnd(owner.backEnd()), size(surface) {}
+  Impl(device::Device& owner, const device::SurfaceDescription& surface) : device(owner), size(surface) {}
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
   ~Impl() {
@@ -74,15 +72,6 @@ struct RenderToSurface::Impl {
     device.setViewport(viewport);
     device.endScene();
   }
-
-  /// Hands the picture to the texture and makes its smaller levels anew.
-  void deliver(device::Texture& to) {
-    images::Image picture = imageFromPixels(backEnd->readPixels(own, {0, 0, size.width, size.height}),
-                                            std::uint64_t{size.width} * device::bytesPerPixel(size.format), size);
-    const std::vector<images::Image> levels = mipChain(std::move(picture), to.levelCount() - level, false);
-    for (std::uint32_t i = 0; i < levels.size(); ++i)
-      to.writeLevel(level + i, pixelsFromImage(levels[i], to.description().format));
-  }
 };
 
 RenderToSurface::RenderToSurface(device::Device& device, std::uint32_t width, std::uint32_t height,
@@ -125,7 +114,7 @@ void RenderToSurface::endScene() {
   if (!r.active) throw device::DeviceError(device::kErrorInvalidCall, "the render surface has not begun a scene");
   const std::shared_ptr<device::Texture> texture = r.texture;
   r.leave();
-  if (texture) r.deliver(*texture);
+  if (texture) r.device.copyTarget(r.own, texture, r.level);
 }
 
 }  // namespace ql::utility

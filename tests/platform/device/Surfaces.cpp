@@ -104,6 +104,26 @@ TEST(Surfaces, CopiesGoToTheirPoints) {
   EXPECT_EQ(source->read({1, 0, 3, 4}), before);
 }
 
+TEST(Surfaces, TargetsAreCopiedToLevelsOfTheirSizeOnly) {
+  Device device(std::make_shared<ql::test::SpyBackEnd>(), DeviceType::Reference, parameters(8, 8));
+  const auto texture = device.createTexture(8, 4, 0, 0, Format::R5G6B5, Pool::Managed);
+  const auto own = device.createTexture(4, 2, 0, kUsageRenderTarget, Format::X8R8G8B8, Pool::Default);
+  const TargetId target = device.createTarget(4, 2, Format::X8R8G8B8), onto = device.createTextureTarget(own, 0);
+  device.writeTarget(target, std::vector<std::byte>(32, std::byte{0x83}));
+  device.copyTarget(target, texture, 1);
+  for (const std::uint32_t level : {1u, 2u, 3u})
+    EXPECT_EQ(texture->readLevel(level)[1], std::byte{0x84}) << "0x838383 is nearest to 0x8410";
+  device.copyTarget(target, own, 0);
+  EXPECT_EQ(own->readLevel(2)[2], std::byte{0x83});
+  EXPECT_THROW(device.copyTarget(target, texture, 0), DeviceError) << "of another size";
+  EXPECT_THROW(device.copyTarget(target, texture, 4), DeviceError) << "no level";
+  EXPECT_THROW(device.copyTarget(target, nullptr, 0), DeviceError);
+  EXPECT_THROW(device.copyTarget(onto, own, 0), DeviceError) << "to itself";
+  EXPECT_THROW(device.copyTarget(TargetId{99}, texture, 1), DeviceError);
+  Device other(std::make_shared<ql::test::SpyBackEnd>(), DeviceType::Reference, parameters(8, 8));
+  EXPECT_THROW(other.copyTarget(other.createTarget(4, 2, Format::X8R8G8B8), own, 0), DeviceError) << "not its texture";
+}
+
 TEST(Surfaces, ResourcesEndWithTheirHandles) {
   const auto spy = std::make_shared<ql::test::SpyBackEnd>();
   std::shared_ptr<Surface> level;

@@ -1,4 +1,5 @@
 #include "platform/opengl/Content.h"
+#include "platform/software/CopyCases.h"
 
 #include <random>
 #include <string>
@@ -42,6 +43,16 @@ TEST_F(OpenGL, PixelsComeBackAsTheyWentIn) {
       }
       hardware()->destroyTexture(here);
     }
+  }
+}
+
+TEST_F(OpenGL, CopiesOfTargetsAreTheSame) {
+  const std::shared_ptr<device::BackEnd> reference = software::createBackEnd();
+  for (const CopyCase& c : copyCases()) {
+    const CopyResult here = copied(*hardware(), c), there = copied(*reference, c);
+    ASSERT_EQ(here.picture, there.picture) << c.name();
+    for (std::size_t i = 0; i < there.levels.size(); ++i)
+      ASSERT_EQ(here.levels[i], there.levels[i]) << c.name() << ", level " << i;
   }
 }
 

@@ -169,6 +169,12 @@ TEST(HostileTraces, AreRefusedWithoutHarm) {
                   signature(false, "Clear", "030010") + number(7) + integer(0) + number(0) + integer(3) + integer(0) +
                   std::string(4, '\0') + integer(0)),
        std::nullopt, 0},
+      {"copies of no target and to a texture of another size",
+       withDevice(texture + small + signature(true, "TargetCreated", "0000") + number(3) + integer(9) + integer(8) +
+                  integer(8) + integer(22) + signature(false, "CopyTarget", "000") + number(4) + integer(5) +
+                  integer(1) + integer(0) + number(4) + integer(9) + integer(1) + integer(0) + number(4) + integer(9) +
+                  integer(1) + integer(7)),
+       std::nullopt, 3},
       {"pixels outside the back buffer",
        withDevice(signature(true, "TargetWritten", "000003") + number(2) + integer(0) + integer(15) + integer(15) +
                   integer(2) + integer(1) + number(8) + "12345678"),
