@@ -136,7 +136,7 @@ void Screen::drawText(const std::string& text, std::int32_t x, std::int32_t y, s
   utility::Font* font = fonts_.find(userFont);
   if (!font) font = context_.systemFont.get();
   if (!font) throw engine::EngineError(engine::kNotSet, "Object variable not set: no system font");
-  font->drawText(device, text, {x, y, 0, 0}, 0, static_cast<std::uint32_t>(color));
+  font->drawText(device, text, {x, y, x, y}, 0, static_cast<std::uint32_t>(color));
 }
 
 bool Screen::rollOver(const std::shared_ptr<device::Texture>& over, const std::shared_ptr<device::Texture>& normal,

@@ -56,7 +56,7 @@ void Scene::setDithering(bool on) {
 void Scene::drawText(const std::string& text, std::int32_t x, std::int32_t y, std::int32_t color) {
   device::Device& device = context_.requireDevice();
   if (!context_.systemFont) throw engine::EngineError(engine::kNotSet, "Object variable not set: no system font");
-  context_.systemFont->drawText(device, text, {x, y, 0, 0}, 0, static_cast<std::uint32_t>(color));
+  context_.systemFont->drawText(device, text, {x, y, x, y}, 0, static_cast<std::uint32_t>(color));
 }
 
 void Scene::selectFont(const std::string& name, const std::string& size, bool bold, bool italic, bool underlined) {

@@ -200,6 +200,11 @@ TEST_F(Screens, TextIsInTheNamedFontOrTheSystemFont) {
   EXPECT_GT(title, 1.3f * second) << "the first of a name counts";
   EXPECT_EQ(height("UserFont3"), system) << "number 3 has a name of its own";
   EXPECT_EQ(recorder.lines({"SetTexture"}).size(), 2u) << "one page, put back";
+  recorder.clear();
+  screen->drawText("Credits", -10, -8, kColor, "UserFont1");
+  float right = 0;
+  for (const Vertex& vertex : vertices<Vertex>()) right = std::max(right, vertex.x);
+  EXPECT_GT(right, 100) << "a text that starts beyond the upper left is not cut off there";
   EXPECT_EQ(findUserFont(context, "TITLE")->points, 90);
   {
     Screen other(context);
