@@ -60,24 +60,19 @@ std::string nameOf(const char* name) {
 
 }  // namespace
 
-SdlControllers::~SdlControllers() {
-  devices_.clear();
-  if (started_) SDL_QuitSubSystem(SDL_INIT_JOYSTICK | SDL_INIT_HAPTIC);
-}
-
 void SdlControllers::start() {
-  if (started_) return;
+  if (subsystem_) return;
   const bool hostUsesThem = SDL_WasInit(SDL_INIT_JOYSTICK) != 0;
   // Whether controllers are heard without focus is decided for each of them, above.
   SDL_SetHintWithPriority(SDL_HINT_JOYSTICK_ALLOW_BACKGROUND_EVENTS, "1", SDL_HINT_DEFAULT);
   if (SDL_InitSubSystem(SDL_INIT_JOYSTICK) != 0) return;
   SDL_InitSubSystem(SDL_INIT_HAPTIC);  // without it there are no motors
-  started_ = true;
+  subsystem_ = {this, [](void*) { SDL_QuitSubSystem(SDL_INIT_JOYSTICK | SDL_INIT_HAPTIC); }};
   queueIsOurs_ = !hostUsesThem;
 }
 
 void SdlControllers::update() {
-  if (!started_) return;
+  if (!subsystem_) return;
   SDL_JoystickUpdate();
   std::set<std::uint32_t> present;
   for (int i = 0; i < SDL_NumJoysticks(); ++i) {
@@ -93,7 +88,8 @@ void SdlControllers::update() {
 }
 
 void SdlControllers::attach(int index, std::uint32_t id) {
-  const std::shared_ptr<SDL_Joystick> joystick(SDL_JoystickOpen(index), [](SDL_Joystick* opened) {
+  // Motors may outlive this list; SDL frees all joysticks when its part ends.
+  const std::shared_ptr<SDL_Joystick> joystick(SDL_JoystickOpen(index), [sdl = subsystem_](SDL_Joystick* opened) {
     if (opened != nullptr) SDL_JoystickClose(opened);
   });
   if (!joystick) return;

@@ -24,7 +24,6 @@ struct ButtonTap {
 class SdlControllers {
  public:
   SdlControllers() = default;
-  ~SdlControllers();
   SdlControllers(const SdlControllers&) = delete;
   SdlControllers& operator=(const SdlControllers&) = delete;
 
@@ -44,7 +43,8 @@ class SdlControllers {
   };
   void attach(int index, std::uint32_t id);
 
-  bool started_ = false, queueIsOurs_ = false;
+  std::shared_ptr<void> subsystem_;  ///< SDL's part, once it is started; every open joystick keeps it, too
+  bool queueIsOurs_ = false;
   std::map<std::uint32_t, Device> devices_;  ///< by SDL's instance number
 };
 

@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <SDL.h>
 #include <gmock/gmock.h>
@@ -133,7 +135,8 @@ TEST_F(SdlDevices, EventsMayComeFromAnyThread) {
 
 /// Joysticks that SDL makes up.
 struct VirtualStick {
-  explicit VirtualStick(const char* name, SDL_JoystickType type = SDL_JOYSTICK_TYPE_FLIGHT_STICK, int axes = 2) {
+  explicit VirtualStick(const char* name, SDL_JoystickType type = SDL_JOYSTICK_TYPE_FLIGHT_STICK, int axes = 2,
+                        bool rumbles = false) {
     SDL_VirtualJoystickDesc desc{};
     desc.version = SDL_VIRTUAL_JOYSTICK_DESC_VERSION;
     desc.type = static_cast<std::uint16_t>(type);
@@ -143,6 +146,12 @@ struct VirtualStick {
     desc.vendor_id = 0x1234;
     desc.product_id = 0x5678;
     desc.name = name;
+    desc.userdata = this;
+    if (rumbles)
+      desc.Rumble = [](void* self, std::uint16_t strong, std::uint16_t weak) {
+        static_cast<VirtualStick*>(self)->rumble.emplace_back(strong, weak);
+        return 0;
+      };
     const int index = SDL_JoystickAttachVirtualEx(&desc);
     id = SDL_JoystickGetDeviceInstanceID(index);
     stick = SDL_JoystickOpen(index);
@@ -159,6 +168,7 @@ struct VirtualStick {
   VirtualStick& operator=(const VirtualStick&) = delete;
   SDL_JoystickID id = -1;
   SDL_Joystick* stick = nullptr;
+  std::vector<std::pair<int, int>> rumble;  ///< what its motors were told: strong, weak
 };
 
 TEST_F(SdlDevices, ControllersComeAndGo) {
@@ -205,6 +215,38 @@ TEST_F(SdlDevices, ControllersComeAndGo) {
   ASSERT_EQ(now->controllers.size(), 3u);
   EXPECT_EQ(now->controllers[2].info->instanceGuid, info.instanceGuid) << "it is the one that went";
   EXPECT_NE(now->controllers[2].info->id, info.id);
+}
+
+TEST_F(SdlDevices, MotorsOutliveTheirControllerAndTheMachine) {
+  machine->listControllers();
+  if (!machine->refresh().controllers.empty()) GTEST_SKIP() << "skipped: real controllers are attached";
+  auto pad = std::make_unique<VirtualStick>("Pad", SDL_JOYSTICK_TYPE_GAMECONTROLLER, 2, true);
+  const ControllerInfo info = *machine->refresh().controllers.at(0).info;
+  EXPECT_TRUE(info.forceFeedback);
+  const std::unique_ptr<ForceFeedback> motors = machine->openForceFeedback(info.id);
+  ASSERT_NE(motors, nullptr);
+  Effect effect;
+  effect.kind = EffectKind::Rumble;
+  effect.magnitude = 10'000;
+  effect.weakMagnitude = 5000;
+  const int number = motors->create(effect);
+  EXPECT_TRUE(motors->start(number, 1));
+  EXPECT_TRUE(motors->running(number));
+  EXPECT_EQ(pad->rumble.back().second, pad->rumble.back().first / 2);
+  motors->setGain(0);
+  EXPECT_EQ(pad->rumble.back(), std::pair(0, 0));
+  motors->setGain(kFullForce);
+
+  pad->unplug();
+  machine->refresh();
+  EXPECT_EQ(machine->openForceFeedback(info.id), nullptr);
+  motors->start(number, 1);  // whatever SDL says of it
+  motors->stopAll();
+  EXPECT_FALSE(motors->running(number));
+  pad.reset();
+  machine.reset();
+  motors->start(number, 1);
+  motors->destroy(number);
 }
 
 TEST(SdlEffects, SayTheSameInItsOwnUnits) {
