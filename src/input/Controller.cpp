@@ -148,6 +148,7 @@ std::shared_ptr<PlayedEffect> Controller::createEffect(const std::string& guid, 
 std::shared_ptr<PlayedEffect> Controller::createCustomEffect(Effect effect, std::int32_t channels,
                                                              std::int32_t samplePeriod, std::int32_t samples,
                                                              std::span<const std::int32_t> data) {
+  if (!inUse_) return nullptr;
   if (channels < 1 || channels > 2)
     throw engine::EngineError(engine::kInvalidArgument, "no number of channels: " + std::to_string(channels));
   const std::int64_t wanted = std::int64_t{channels} * std::max(samples, 0);

@@ -64,6 +64,7 @@ TEST_F(ControllerTest, AreListedWhenAskedFor) {
   EXPECT_EQ(stick.caps().buttons, 0) << "not open";
   EXPECT_EQ(stick.motorsState(), 0);
   EXPECT_EQ(stick.createEffect("GUID_Sine", {}), nullptr);
+  EXPECT_EQ(stick.createCustomEffect({}, 9, 1, 1, {}), nullptr);
   stick.command(input::kMotorsStopAll);
   EXPECT_FALSE(stick.unload());
   EXPECT_TRUE(stick.isConnected());
