@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
     BSPTree8 tree;
     tree.SetCurvePrecision(QL_CURVE_HIGH);
     tree.LoadShaderDirectory("scripts");
-    tree.SetParameters(True, True, QL_BACK_CULL, True);  // with the sky
+    tree.SetParameters(True, True, QL_DOUBLESIDED, True);  // with the sky
     tree.Load(level);
     const Vec3 start = tree.GetStartPlayerPosition();
     constexpr float kEyeHeight = 26;

@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
     engine.SetSearchDirectory(base);
     BSPTree8 tree;
     tree.LoadShaderDirectory("scripts");
-    tree.SetParameters(True, True, QL_BACK_CULL, True);  // with the sky
+    tree.SetParameters(True, True, QL_DOUBLESIDED, True);  // with the sky
     tree.Load(level);
     const Vec3 start = tree.GetStartPlayerPosition();
     Camera8 camera;
