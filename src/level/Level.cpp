@@ -89,14 +89,17 @@ void Level::load(std::string& fileName, const LoadOptions& options) {
                            "------------------------------------", " Load header and lumps."})
     log.write(line);
   impl_->createMipmaps = options.createMipmaps;
+  // A level's pictures are hardly asked for again: few are kept at a time, and none afterwards.
+  constexpr std::size_t kKeptBytes = std::size_t{16} << 20;
+  utility::PictureCache& pictures = impl_->context.get<ql::render::TextureTable>().pictures;
+  utility::PictureCache others = std::exchange(pictures, utility::PictureCache(kKeptBytes));
   try {
     loadByKind(*impl_, fileName, options);
   } catch (...) {
     const engine::EngineError error = engine::currentError();
     log.write(std::string("BSP TREE : Error during loading : ") + error.what() + ' ' + std::to_string(error.number));
   }
-  // Decoded files would take as much memory again as the level's textures.
-  impl_->context.get<ql::render::TextureTable>().pictures.clear();
+  pictures = std::move(others);
 }
 
 void Level::openPackage(const std::string& fileName) { impl_->packages.push_back(fileName); }

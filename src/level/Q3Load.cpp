@@ -7,6 +7,7 @@
 #include "render/TextureTable.h"
 
 #include <algorithm>
+#include <future>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -48,22 +49,39 @@ std::string imageFile(const std::string& name) {
   return host::fileExists(targa) ? targa : name + ".JPG";
 }
 
+/// The pictures that a level's textures are loaded from, in order; empty names for textures that shaders draw.
+std::vector<std::string> pictureFiles(const LevelState& level, const std::vector<Q3Texture>& textures) {
+  std::vector<std::string> files;
+  files.reserve(textures.size());
+  for (const Q3Texture& texture : textures) {
+    const std::string name(host::fieldText(texture.name));
+    files.push_back(level.scripts.has(name) ? std::string() : imageFile(name));
+  }
+  return files;
+}
+
 void loadTextures(LevelState& level, const std::vector<Q3Texture>& textures) {
+  constexpr std::size_t kAhead = 3;  // pictures that are decoded meanwhile
   const auto& shaders = level.context.get<render::shaders::ShaderTable>().entries;
+  auto& table = level.context.get<render::TextureTable>();
   level.skyShader = 0;
   level.data.textures.reserve(textures.size());
-  for (const Q3Texture& texture : textures) {
+  const std::vector<std::string> files = pictureFiles(level, textures);
+  std::size_t expected = 0;
+  for (std::size_t i = 0; i < textures.size(); ++i) {
+    for (; expected < std::min(i + kAhead, files.size()); ++expected)
+      if (!files[expected].empty()) table.pictures.expect(files[expected]);
     LevelTexture& loaded = level.data.textures.emplace_back();
-    loaded.name = host::fieldText(texture.name);
+    loaded.name = host::fieldText(textures[i].name);
     if (const std::int16_t shader = level.scripts.load(level.context, loaded.name); shader != 0) {
       loaded.shaderSlot = shader;
       if ((shaders.at(shader).surfaceFlags & render::shaders::kSky) != 0) level.skyShader = shader;
       continue;
     }
-    std::string file = imageFile(loaded.name);
+    std::string file = files[i].empty() ? imageFile(loaded.name) : files[i];
     std::int32_t width = -1, height = -1, colorKey = 0;
     const auto handle = render::loadTexture(level.context, file, "", width, height, colorKey);
-    loaded.texture = level.context.get<render::TextureTable>().entries.at(handle->index).texture;
+    loaded.texture = table.entries.at(handle->index).texture;
   }
   level.scripts.dropText();
 }
@@ -79,9 +97,8 @@ void assignShaders(LevelData& data) {
   }
 }
 
-void buildLevelFaces(LevelState& level, const Q3Bsp& file, std::vector<LevelVertex>& vertices) {
+void takeFaces(LevelState& level, BuiltFaces built, std::vector<LevelVertex>& vertices) {
   diagnostics::Log& log = level.context.log;
-  BuiltFaces built = buildFaces(file, level.curvePrecision);
   for (std::uint32_t i = 0; i < std::min(built.badPatches, kMostPatchLines); ++i)
     log.write("QUAKE 3 MESH CURVES MAKER : ERROR : Bad controls points");
   if (built.crowdedFaces != 0)
@@ -113,11 +130,15 @@ void createVertexBuffer(LevelState& level, const std::vector<LevelVertex>& verti
 }
 
 void transformFaces(LevelState& level, Q3Bsp& file) {
+  // While this thread loads textures.
+  std::future<BuiltFaces> built =
+      std::async(std::launch::async | std::launch::deferred,
+                 [&file, precision = level.curvePrecision] { return buildFaces(file, precision); });
   showLoadingStep(level.context, "Load Shaders...", 62);
   loadTextures(level, file.textures);
   showLoadingStep(level.context, "Q3 Mesh Curves calculations...", 72);
   std::vector<LevelVertex> vertices;
-  buildLevelFaces(level, file, vertices);
+  takeFaces(level, built.get(), vertices);
   // Only the expanded vertices are needed from here on.
   file.vertices = {};
   file.faces = {};

@@ -13,7 +13,21 @@ Picture loadPicture(const std::string& fileName) {
   return std::make_shared<const std::vector<images::Image>>(images::decodeLevels(host::readFile(fileName), fileName));
 }
 
+void PictureCache::expect(const std::string& fileName) {
+  // Without another thread it is decoded when it is asked for.
+  expected_.try_emplace(fileName, std::async(std::launch::async | std::launch::deferred, loadPicture, fileName));
+}
+
+Picture PictureCache::decode(const std::string& fileName) {
+  const auto expected = expected_.find(fileName);
+  if (expected == expected_.end()) return loadPicture(fileName);
+  std::future<Picture> picture = std::move(expected->second);
+  expected_.erase(expected);
+  return picture.get();
+}
+
 void PictureCache::clear() {
+  expected_.clear();
   entries_.clear();
   size_ = 0;
 }
@@ -39,7 +53,7 @@ Picture PictureCache::load(const std::string& fileName) {
     entries_.erase(kept);
   }
 
-  wanted.picture = loadPicture(fileName);
+  wanted.picture = decode(fileName);
   constexpr auto kSettled = std::chrono::seconds(2);
   if (!known || std::filesystem::file_time_type::clock::now() - wanted.time < kSettled) return wanted.picture;
   for (const images::Image& level : *wanted.picture) wanted.bytes += level.pixels.size() * sizeof(std::uint32_t);

@@ -6,8 +6,11 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <future>
 #include <list>
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace ql::utility {
@@ -22,6 +25,8 @@ class PictureCache {
   explicit PictureCache(std::size_t limit = std::size_t{64} << 20) : limit_(limit) {}
   /// The file's levels, decoded or kept. @throws host::FileFault
   Picture load(const std::string& fileName);
+  /// Tells of a file that will soon be asked for: it is decoded meanwhile, on another thread.
+  void expect(const std::string& fileName);
   /// Lets go of everything: after a load of many files, most of which nobody asks for again.
   void clear();
   /// Bytes of the pixels that are kept.
@@ -36,7 +41,10 @@ class PictureCache {
     Picture picture;
     std::size_t bytes = 0;
   };
-  std::list<Entry> entries_;  ///< the latest used first; few, so looked through in order
+  Picture decode(const std::string& fileName);
+
+  std::map<std::string, std::future<Picture>> expected_;  ///< by the names given
+  std::list<Entry> entries_;                              ///< the latest used first; few, so looked through in order
   std::size_t limit_, size_ = 0;
   std::uint64_t hits_ = 0;
 };

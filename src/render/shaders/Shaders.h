@@ -30,6 +30,8 @@ class ScriptFiles {
   void addFolder(std::string_view folder);
   /// Reads the shader of exactly that name into the table, its textures loaded; 0 when no script defines it.
   std::int16_t load(engine::EngineContext& context, const std::string& name);
+  /// Whether a script defines the shader of exactly that name.
+  bool has(const std::string& name) const { return places_.contains(name); }
   /// Lets go of the text that load() keeps for the next shader.
   void dropText() { script_ = {}, scriptFile_ = static_cast<std::size_t>(-1); }
   std::size_t shaderCount() const { return places_.size(); }
