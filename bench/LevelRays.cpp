@@ -2,7 +2,8 @@
 //
 //   bench_level_rays [--level maps/NAME.bsp] [--rays FILE] [benchmark options]
 //
-// A file of rays holds single floats: origin and direction of each, file coordinates.
+// A file of rays holds single floats: origin and direction of each, file coordinates. Bullet, where it is installed,
+// casts the rays of DetectCollision/10000 to their nearest hits and sweeps spheres.
 #include "Arguments.h"
 #include "level/Collision.h"
 #include "level/FaceBuilder.h"
@@ -13,8 +14,13 @@
 #include <cstdio>
 #include <cstring>
 #include <random>
+#include <span>
 
 #include <benchmark/benchmark.h>
+
+#ifdef QL_HAVE_BULLET
+#include "Bullet.h"
+#endif
 
 namespace {
 
@@ -129,6 +135,30 @@ void makeIndex(benchmark::State& state, Case& level) {
   }
 }
 
+#ifdef QL_HAVE_BULLET
+std::vector<Vec3> cornersOf(const level::LevelData& data) {
+  std::vector<Vec3> corners;
+  for (const level::FaceRecord& face : data.faces)
+    for (std::uint32_t k = 0; k < face.triangleCount; ++k)
+      for (const Vec3& corner : level::triangleCorners(data, face, k)) corners.push_back(corner);
+  return corners;
+}
+
+/// @param radius of a sphere that moves as far as AdvancedSphereCollision looks; 0 casts rays
+void bullet(benchmark::State& state, Case& level, float radius) {
+  const std::vector<Vec3> corners = cornersOf(level.data);
+  const bench::BulletWorld world(corners);
+  std::size_t hits = 0, casts = std::min<std::size_t>(level.rays.size(), 4096);
+  for (auto _ : state) {
+    hits = 0;
+    for (const Ray& ray : std::span(level.rays).first(casts))
+      hits += radius > 0 ? world.sweep(radius, ray.origin, ray.direction, radius)
+                         : world.ray(ray.origin, ray.direction, 10000);
+  }
+  finish(state, casts, hits);
+}
+#endif
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -151,6 +181,11 @@ int main(int argc, char** argv) {
   for (const float radius : {4.0f, 16.0f, 64.0f})
     add(("AdvancedSphereCollision/" + std::to_string(static_cast<int>(radius))).c_str(),
         [&, radius](benchmark::State& state) { moveSphere(state, level, radius); });
+#ifdef QL_HAVE_BULLET
+  for (const float radius : {0.0f, 4.0f, 16.0f, 64.0f})
+    add(radius > 0 ? ("bulletSweep/" + std::to_string(static_cast<int>(radius))).c_str() : "bulletRay",
+        [&, radius](benchmark::State& state) { bullet(state, level, radius); });
+#endif
   benchmark::RunSpecifiedBenchmarks();
   return 0;
 }

@@ -16,8 +16,7 @@
 #include <benchmark/benchmark.h>
 
 #ifdef QL_HAVE_BULLET
-#include <BulletCollision/CollisionDispatch/btCollisionWorld.h>
-#include <btBulletCollisionCommon.h>
+#include "Bullet.h"
 #endif
 #ifdef QL_HAVE_EMBREE
 #include <embree3/rtcore.h>
@@ -98,9 +97,9 @@ void engineRays(benchmark::State& state) {
     const Ray& ray = planet.rays[i];
     const Vec3 end = math::add(ray.from, math::scale(ray.direction, 100));
     const Vec3 direction = math::normalize(math::subtract(end, ray.from));
-    const mesh::TripleHit wanted = mesh::RayIndex::scan(planet.record(), ray.from, direction, kReach);
+    const auto wanted = mesh::RayIndex::scan(planet.record(), ray.from, direction, kReach);
     planet.context.lastHitNormal = {};
-    if (planet.cast(ray) != wanted.hit || planet.context.lastHitNormal != wanted.normal)
+    if (planet.cast(ray) != wanted.has_value() || (wanted && planet.context.lastHitNormal != wanted->normal))
       return state.SkipWithError("the answers are not those of the scan");
   }
   std::size_t i = 0, hits = 0;
@@ -163,31 +162,15 @@ BENCHMARK(embreeRays);
 #ifdef QL_HAVE_BULLET
 void bulletRays(benchmark::State& state) {
   Planet planet;
-  std::vector<Vec3> corners = planet.triangles();
-  std::vector<int> indices(corners.size());
-  for (std::size_t i = 0; i < indices.size(); ++i) indices[i] = static_cast<int>(i);
-  btTriangleIndexVertexArray triangles(static_cast<int>(corners.size() / 3), indices.data(), 12,
-                                       static_cast<int>(corners.size()), &corners[0].x, sizeof(Vec3));
-  btBvhTriangleMeshShape shape(&triangles, true);
-  btDefaultCollisionConfiguration configuration;
-  btCollisionDispatcher dispatcher(&configuration);
-  btDbvtBroadphase broadphase;
-  btCollisionWorld world(&dispatcher, &broadphase, &configuration);
-  btCollisionObject object;
-  object.setCollisionShape(&shape);
-  world.addCollisionObject(&object);
+  const std::vector<Vec3> corners = planet.triangles();
+  const bench::BulletWorld world(corners);
   std::size_t i = 0, hits = 0;
   for (auto _ : state) {
     const Ray& ray = planet.rays[i++ % kRays];
-    const Vec3 to = math::add(ray.from, math::scale(ray.direction, kReach));
-    const btVector3 a(ray.from.x, ray.from.y, ray.from.z), b(to.x, to.y, to.z);
-    btCollisionWorld::ClosestRayResultCallback closest(a, b);
-    world.rayTest(a, b, closest);
-    hits += closest.hasHit();
+    hits += world.ray(ray.from, ray.direction, kReach);
   }
   state.SetItemsProcessed(state.iterations());
   state.counters["hit"] = static_cast<double>(hits) / static_cast<double>(state.iterations());
-  world.removeCollisionObject(&object);
 }
 BENCHMARK(bulletRays);
 #endif

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <tuple>
 #include <utility>
@@ -129,13 +130,16 @@ bool isCandidate(const LevelData& level, const VisibleFaces& visible, std::size_
 }
 
 void FaceCollision::makeTree(const LevelData& level) {
-  std::vector<FaceTriangle> triangles;
+  std::vector<math::Triangle> triangles;
+  faceOf_.clear();
   if (!level.positions.empty()) {
-    for (std::size_t face = 0; face < level.faces.size(); ++face)
-      for (std::uint32_t k = 0; k < level.faces[face].triangleCount; ++k)
-        triangles.push_back({triangleCorners(level, level.faces[face], k), static_cast<std::uint32_t>(face)});
+    for (std::size_t face = 0; face < level.faces.size(); ++face) {
+      const std::uint32_t count = level.faces[face].triangleCount;
+      faceOf_.resize(faceOf_.size() + count, static_cast<std::uint32_t>(face));
+      for (std::uint32_t k = 0; k < count; ++k) triangles.push_back(triangleCorners(level, level.faces[face], k));
+    }
   }
-  tree_.emplace(std::move(triangles));
+  tree_.emplace(triangles);
   candidates_.reset();
 }
 
@@ -143,10 +147,15 @@ std::optional<FaceHit> FaceCollision::firstHit(const LevelData& level, const Vis
                                                const math::Vec3& origin, const math::Vec3& direction, float limit) {
   if (!tree_) makeTree(level);
   if (candidates_ != visible.version()) {
-    tree_->setCandidates([&](std::uint32_t face) { return isCandidate(level, visible, face); });
+    std::vector<std::uint8_t> counts(faceOf_.size());
+    for (std::size_t i = 0; i < counts.size(); ++i)
+      counts[i] = i > 0 && faceOf_[i] == faceOf_[i - 1] ? counts[i - 1] : isCandidate(level, visible, faceOf_[i]);
+    tree_->setCandidates(counts);
     candidates_ = visible.version();
   }
-  return tree_->firstHit(origin, direction, limit);
+  const auto met = tree_->first(origin, direction, {std::numeric_limits<float>::denorm_min(), limit});
+  if (!met) return std::nullopt;
+  return FaceHit{met->triangle, faceOf_[met->triangle], met->t, met->normal};
 }
 
 void FaceCollision::makePlaces(const LevelData& level) {
@@ -175,34 +184,31 @@ std::optional<SphereHit> FaceCollision::nearestHit(const LevelData& level, std::
 
   using Order = std::tuple<std::uint32_t, std::uint32_t, std::uint32_t>;  // leaf, place in it, triangle
   constexpr Order kNowhere{~0U, ~0U, ~0U};
-  const auto orderOf = [&](const FaceHit& found) {
+  const auto orderOf = [&](const math::TriangleMet& found) {
     Order first = kNowhere;
-    for (std::uint32_t i = firstPlace_[found.face]; i < firstPlace_[found.face + 1]; ++i)
+    const std::uint32_t face = faceOf_[found.triangle];
+    for (std::uint32_t i = firstPlace_[face]; i < firstPlace_[face + 1]; ++i)
       if (const std::uint32_t touched = rank_[places_[i].leaf]; touched != 0)
         first = std::min(first, {touched, places_[i].position, found.triangle});
     return first;
   };
-  std::optional<FaceHit> best;
+  std::optional<math::TriangleMet> best;
   Order bestOrder = kNowhere;
   float reach = std::min(limit, kFarthestHit);
-  tree_->visitHits(origin, direction, reach, [&](const FaceHit& found) {
+  const auto look = [&](const math::TriangleMet& found) {
     const Order order = orderOf(found);
     if (order == kNowhere) return reach;
-    if (best && (found.hit.t > best->hit.t || (found.hit.t == best->hit.t && order > bestOrder))) return reach;
+    if (best && (found.t > best->t || (found.t == best->t && order > bestOrder))) return reach;
     best = found;
     bestOrder = order;
     // Equally near hits are still to be seen.
-    reach = std::min(reach, std::nextafter(found.hit.t, std::numeric_limits<float>::infinity()));
+    reach = std::min(reach, std::nextafter(found.t, std::numeric_limits<float>::infinity()));
     return reach;
-  });
+  };
+  tree_->visit(origin, direction, {0, reach}, std::ref(look));
   for (const std::int32_t leaf : leaves) rank_[static_cast<std::size_t>(leaf)] = 0;
   if (!best) return std::nullopt;
-  return SphereHit{best->hit.t, math::add(origin, math::scale(direction, best->hit.t)), normal(*best)};
-}
-
-math::Vec3 FaceCollision::normal(const FaceHit& hit) const {
-  const auto& [a, b, c] = tree_->corners(hit.triangle);
-  return math::cross(math::subtract(b, a), math::subtract(c, a));
+  return SphereHit{best->t, math::add(origin, math::scale(direction, best->t)), best->normal};
 }
 
 }  // namespace ql::level

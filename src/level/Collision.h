@@ -2,9 +2,9 @@
 /// What runs into a level: rays against its faces, spheres and lines of sight against its tree.
 #pragma once
 
-#include "level/FaceTree.h"
 #include "level/LevelData.h"
 #include "level/Visibility.h"
+#include "math/TriangleTree.h"
 
 #include <cstdint>
 #include <optional>
@@ -39,6 +39,14 @@ struct SphereHit {
   math::Vec3 point, normal;
 };
 
+/// A face that a ray meets. The normal, in the level's space, is as long as twice the triangle's area.
+struct FaceHit {
+  std::uint32_t triangle = 0;  ///< of all faces' triangles, in the faces' order
+  std::uint32_t face = 0;
+  float distance = 0;
+  math::Vec3 normal;
+};
+
 /// Answers rays, with an index that is made when the first one asks. Everything is in the level's space.
 class FaceCollision {
  public:
@@ -52,8 +60,6 @@ class FaceCollision {
   /// The nearest hit below a limit among the faces of some leaves; of equally near ones the first in the leaves' order.
   std::optional<SphereHit> nearestHit(const LevelData& level, std::span<const std::int32_t> leaves,
                                       const math::Vec3& origin, const math::Vec3& direction, float limit);
-  /// The normal of the triangle of a hit, as long as twice its area.
-  math::Vec3 normal(const FaceHit& hit) const;
 
  private:
   /// A place in the list of a leaf's faces.
@@ -63,7 +69,8 @@ class FaceCollision {
   void makeTree(const LevelData& level);
   void makePlaces(const LevelData& level);
 
-  std::optional<FaceTree> tree_;
+  std::optional<math::TriangleTree> tree_;
+  std::vector<std::uint32_t> faceOf_;        ///< by triangle
   std::optional<std::uint32_t> candidates_;  ///< the version of the visible faces that the tree knows
   std::vector<std::uint32_t> firstPlace_;    ///< by face, into places_
   std::vector<Place> places_;

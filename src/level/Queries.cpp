@@ -24,8 +24,8 @@ std::optional<float> rayFaces(LevelState& level, const math::Vec3& start, const 
   const std::optional<FaceHit> found =
       level.faceCollision.firstHit(level.data, level.visible, origin, direction, limit);
   if (!found) return std::nullopt;
-  noteHit(level, math::add(origin, math::scale(direction, found->hit.t)), level.faceCollision.normal(*found));
-  return found->hit.t;
+  noteHit(level, math::add(origin, math::scale(direction, found->distance)), found->normal);
+  return found->distance;
 }
 
 float altitude(LevelState& level, const math::Vec3& point) {

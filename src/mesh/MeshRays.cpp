@@ -26,10 +26,10 @@ bool rayHitsMesh(engine::EngineContext& context, MeshRecord& mesh, const math::V
                  const math::Vec3& direction) {
   if (mesh.usesSubsets) return false;
   if (!mesh.rayIndex || !mesh.rayIndex->fits(mesh)) mesh.rayIndex = std::make_shared<RayIndex>(mesh);
-  const TripleHit hit = mesh.rayIndex->firstHit(mesh, origin, direction, context.collisionPrecision);
-  if (!hit.hit) return false;
-  context.lastHitNormal = hit.normal;
-  context.lastHitPoint = math::add(origin, math::scale(direction, hit.t));
+  const auto hit = mesh.rayIndex->firstHit(mesh, origin, direction, context.collisionPrecision);
+  if (!hit) return false;
+  context.lastHitNormal = hit->normal;
+  context.lastHitPoint = math::add(origin, math::scale(direction, hit->t));
   return true;
 }
 

@@ -1,6 +1,7 @@
 #include "level/Collision.h"
 #include "level/FaceBuilder.h"
 #include "level/Q3Bsp.h"
+#include "math/Ray.h"
 #include "platform/host/Files.h"
 #include "support/SharedData.h"
 #include "support/TinyQ3Level.h"
@@ -47,7 +48,9 @@ std::optional<FaceHit> firstHit(const LevelData& level, const VisibleFaces& visi
       if (!isCandidate(level, visible, face)) continue;
       const auto [a, b, c] = triangleCorners(level, level.faces[face], k);
       const math::TriangleHit hit = math::intersectTriangle(origin, direction, a, b, c);
-      if (hit.hit && hit.t > 0 && hit.t < limit) return FaceHit{triangle, static_cast<std::uint32_t>(face), hit};
+      if (hit.hit && hit.t > 0 && hit.t < limit)
+        return FaceHit{triangle, static_cast<std::uint32_t>(face), hit.t,
+                       math::cross(math::subtract(b, a), math::subtract(c, a))};
     }
   }
   return std::nullopt;
@@ -284,9 +287,10 @@ void compareRays(const LevelData& level, const VisibleFaces& visible, int rays) 
     ASSERT_EQ(got.has_value(), expected.has_value()) << i;
     if (!got) continue;
     ++hits;
-    ASSERT_EQ(got->triangle, expected->triangle) << i << " at " << expected->hit.t << " and " << got->hit.t;
+    ASSERT_EQ(got->triangle, expected->triangle) << i << " at " << expected->distance << " and " << got->distance;
     ASSERT_EQ(got->face, expected->face);
-    ASSERT_EQ(got->hit.t, expected->hit.t);
+    ASSERT_EQ(got->distance, expected->distance);
+    ASSERT_EQ(got->normal, expected->normal);
   }
   EXPECT_GT(hits, 0);
 }
