@@ -71,6 +71,21 @@ TEST(Surfaces, CloseTheRoomWithoutHiddenParts) {
   EXPECT_NEAR(floor, 256.0 * 256.0, 1.0);
 }
 
+TEST(Surfaces, SidesThatNeighboursHideTogetherAreLeftOut) {
+  // The eastern side of the first box is behind two others; of the second pair one is too low.
+  const auto easternSides = [](double secondHeight) {
+    const MadeLevel made =
+        structureOf(twoRooms("box 40 40 0 100 100 16 wall detail\nbox 100 20 0 140 70 16 wall detail\n"
+                             "box 100 70 0 140 120 " +
+                             std::to_string(secondHeight) + " wall detail\n"));
+    return std::count_if(made.surfaces.begin(), made.surfaces.end(), [](const Surface& s) {
+      return samePlane(s.plane, {{1, 0, 0}, 100});
+    });
+  };
+  EXPECT_EQ(easternSides(16), 0);
+  EXPECT_EQ(easternSides(8), 1);
+}
+
 TEST(Surfaces, NeighboursShareTheirEdgePoints) {
   const MadeLevel made =
       structureOf(twoRooms("box 100 0 0 140 40 40 wall detail\nbox 140 0 0 180 24 24 wall detail\n"));

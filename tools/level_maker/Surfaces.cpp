@@ -39,6 +39,7 @@ std::vector<Surface> cutSurfaces(const Level& level, bool structureOnly, Cuts cu
     if (structureOnly && brush.detail) continue;
     for (const BrushSide& side : brush.sides) {
       Surface surface{static_cast<int>(b), side.plane, side.material, side.winding, {side.winding}};
+      std::vector<Winding> open{side.winding};  // what no brush covers, also of pieces that are left whole
       const Bounds box = boundsOf(side.winding);
       for (std::size_t o = 0; o < level.brushes.size() && !surface.pieces.empty(); ++o) {
         const Brush& other = level.brushes[o];
@@ -49,16 +50,20 @@ std::vector<Surface> cutSurfaces(const Level& level, bool structureOnly, Cuts cu
         if (how == 0) continue;
         // Of two faces on one plane the structure's gives way to detail's, otherwise the earlier one to the later.
         const bool loses = brush.detail == other.detail ? o > b : other.detail;
-        std::vector<Winding> kept;
-        for (const Winding& piece : surface.pieces) {
-          std::vector<Winding> outside = outsideOf(piece, side.plane, other, loses);
-          if (how == 1 && !outside.empty()) outside = {piece};
-          kept.insert(kept.end(), std::make_move_iterator(outside.begin()), std::make_move_iterator(outside.end()));
-        }
-        surface.pieces = std::move(kept);
+        const auto cut = [&](std::vector<Winding>& pieces, bool wholeOnly) {
+          std::vector<Winding> kept;
+          for (const Winding& piece : pieces) {
+            std::vector<Winding> outside = outsideOf(piece, side.plane, other, loses);
+            if (wholeOnly && !outside.empty()) outside = {piece};
+            kept.insert(kept.end(), std::make_move_iterator(outside.begin()), std::make_move_iterator(outside.end()));
+          }
+          pieces = std::move(kept);
+        };
+        cut(surface.pieces, how == 1);
+        cut(open, false);
       }
       mergeAll(surface.pieces, side.plane.normal);
-      if (!surface.pieces.empty()) surfaces.push_back(std::move(surface));
+      if (!surface.pieces.empty() && !open.empty()) surfaces.push_back(std::move(surface));
     }
   }
   return surfaces;
