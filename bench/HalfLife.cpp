@@ -103,6 +103,7 @@ void load(benchmark::State& state, const Files& names) {
     fastest = std::min(fastest, ms);
     state.SetIterationTime(ms / 1000);
   }
+  if (bytes == 0) state.SkipWithError("no texture was decoded");
   state.counters["least_ms"] = fastest;
   state.counters["read_and_decode_ms"] = least;
   state.counters["ratio"] = fastest / least;
@@ -158,6 +159,7 @@ void frame(benchmark::State& state, const Files& names, bool quake, Size size) {
     draws += static_cast<double>(done.drawCalls);
     ++frames;
   }
+  if (pixels == 0 || triangles == 0) state.SkipWithError("nothing was drawn");
   state.counters["least_ms"] = fastest;
   state.counters["triangles"] = triangles / frames;
   state.counters["draws"] = draws / frames;

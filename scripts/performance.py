@@ -35,7 +35,9 @@ FILLS = {
     "fill-colour-fog-alpha-test": "one texture, colour, fog, alpha test",
     "fill-tilted": "one texture, in perspective",
 }
-OTHER_BENCHMARKS = ["bench_images", "bench_level", "bench_archive", "bench_log", "bench_rays", "bench_input"]
+OTHER_BENCHMARKS = ["bench_images", "bench_level", "bench_half_life", "bench_shaders", "bench_level_rays", "bench_screen",
+                    "bench_mesh_build", "bench_mesh_drawing", "bench_mesh_files", "bench_mesh_rays", "bench_devices",
+                    "bench_archive", "bench_log", "bench_rays", "bench_input"]
 # Of 255, in red and green; blue is noise, which shows where a texel lies more than what is drawn.
 PICTURE_TOLERANCE = 6
 
@@ -383,7 +385,10 @@ def other_section(others):
                 rate = f"{number(case['bytes_per_second'] / 1e6)} MB/s"
             elif "items_per_second" in case:
                 rate = f"{number(case['items_per_second'] / 1e6)} M/s"
-            rows.append([f"{program[len('bench_'):]}: {case['name']}", number(case["real_time"] * unit), rate])
+            elif "ratio" in case:  # of the two things that such a case compares
+                rate = f"{case['ratio']:.2f} ×"
+            name = case["name"].removesuffix("/manual_time").removesuffix("/real_time")
+            rows.append([f"{program[len('bench_'):]}: {name}", number(case["real_time"] * unit), rate])
     return table(["benchmark", "µs", "rate"], rows)
 
 
