@@ -6,6 +6,7 @@
 #include "render/Screen.h"
 
 #include <cmath>
+#include <stdexcept>
 
 namespace ql::render {
 namespace {
@@ -175,6 +176,26 @@ TEST_F(Surfaces, LeftOpenAreEndedByWhatComesNext) {
   context.device->endScene();
   EXPECT_THROW(surface->endRender(), device::DeviceError);
   EXPECT_EQ(view(), before);
+}
+
+TEST_F(Surfaces, AThrowInTheMiddleLeavesTheNextFrameWhole) {
+  const auto surface = make(32, 16);
+  Screen screen(context);
+  try {
+    surface->startRender();
+    screen.drawFilledBox({0, 0, 32, 16}, static_cast<std::int32_t>(kRed), false);
+    throw std::runtime_error("the host's own");
+  } catch (const std::runtime_error&) {
+    // The host goes on with its next frame.
+  }
+  engine::clear(context);
+  screen.drawFilledBox({0, 0, 640, 480}, -1, false);
+  const device::SurfaceDescription frame = context.device->getBackBuffer(0)->description();
+  std::uint32_t argb = 0;
+  device::toArgb(frame.format, context.device->getBackBuffer(0)->read({600, 400, 1, 1}), {&argb, 1});
+  EXPECT_EQ(argb & 0xFFFFFF, 0xFFFFFFu) << "the frame is drawn on the screen, all of it";
+  engine::renderToScreen(context);
+  EXPECT_EQ(pixel(*surface, 20, 10), 0xFF0000u) << "the texture has what was drawn before the throw";
 }
 
 TEST_F(Surfaces, LiveThroughANewDevice) {
