@@ -160,6 +160,7 @@ void frame(benchmark::State& state, const Files& names, bool quake, Size size) {
     ++frames;
   }
   if (pixels == 0 || triangles == 0) state.SkipWithError("nothing was drawn");
+  if (turn < 4) fastest = round / frames;
   state.counters["least_ms"] = fastest;
   state.counters["triangles"] = triangles / frames;
   state.counters["draws"] = draws / frames;
