@@ -3,11 +3,14 @@
 #pragma once
 
 #include "platform/software/Frame.h"
+#include "platform/software/ViewSides.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 namespace ql::software {
@@ -18,22 +21,28 @@ bool allWhite(std::span<const std::byte> vertices, std::size_t stride, std::int3
 /// A vertex buffer. Draws that wait hold its bytes; what changes it meanwhile changes a copy.
 class Buffer {
  public:
+  /// What is known of the vertices of a draw.
+  struct Part {
+    std::optional<Bounds> bounds;  ///< of their positions, of three numbers in front; of what is drawn again
+    bool white = false;            ///< whether their colours all are
+  };
+
   explicit Buffer(std::size_t bytes) : bytes_(std::make_shared<std::vector<std::byte>>(bytes)) {}
 
   const std::shared_ptr<std::vector<std::byte>>& bytes() const { return bytes_; }
   void upload(std::size_t offset, std::span<const std::byte> bytes);
-  /// Whether all that a draw reads is white; of large draws only whether the whole buffer is, which is found out once.
-  bool white(const device::DrawPacket& packet, std::int32_t offset) const;
+  /// What is found out once until the buffer changes. @param offset of the colour in a vertex; -1: none is asked for
+  const Part& part(const device::DrawPacket& packet, std::int32_t offset);
 
  private:
-  std::shared_ptr<std::vector<std::byte>> bytes_;
-  /// What is known of the whole buffer, for vertices of a size and colours of an offset.
-  struct Known {
+  struct Known : Part {
+    std::uint64_t version = 0;  ///< of the buffer
     std::uint32_t stride = 0;
     std::int32_t offset = -1;
-    bool white = false;
   };
-  mutable Known known_;
+  std::shared_ptr<std::vector<std::byte>> bytes_;
+  std::uint64_t version_ = 1;
+  std::unordered_map<std::uint64_t, Known> parts_;  ///< by first vertex and count
 };
 
 }  // namespace ql::software

@@ -4,10 +4,12 @@
 #include "platform/software/Buffer.h"
 #include "platform/software/Frame.h"
 #include "platform/software/Snapshots.h"
+#include "platform/software/ViewSides.h"
 
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
 #include <thread>
 #include <unordered_map>
 
@@ -92,6 +94,7 @@ class SoftwareBackEnd final : public device::BackEnd {
     if (pending_ != id) {
       flush();
       pending_ = id;
+      sides_.reset();
     }
     return target;
   }
@@ -108,8 +111,8 @@ class SoftwareBackEnd final : public device::BackEnd {
   void finish(const Texture& texture) {
     if (pending_ != TargetId::None && targets_.at(pending_)->texture() == &texture) flush();
   }
-  const Pipeline* pipelineFor(const device::DrawPacket& packet, const Target& target);
-  bool white(const device::DrawPacket& packet) const;
+  const Pipeline* pipelineFor(const device::DrawPacket& packet, const Target& target, bool white);
+  bool outside(const device::DrawPacket& packet, const Target& target, const Buffer::Part& part);
 
   device::Capabilities capabilities_;
   device::Statistics statistics_;
@@ -120,6 +123,9 @@ class SoftwareBackEnd final : public device::BackEnd {
   Frame frame_;
   TargetId pending_ = TargetId::None;
 
+  std::optional<ViewSides> sides_;  ///< of the state of the last draw that they were asked for, and of its target
+  std::uint64_t sidesVersion_ = 0;
+
   Snapshots snapshots_;  ///< of the pipelines that wait
   // The pipeline of the last draw and what it was made from.
   const Pipeline* pipeline_ = nullptr;
@@ -129,15 +135,7 @@ class SoftwareBackEnd final : public device::BackEnd {
   std::array<std::shared_ptr<const TextureData>, device::kStages> pipelineTextures_;
 };
 
-// Whether all vertices are white, so that multiplying by their colours changes nothing.
-bool SoftwareBackEnd::white(const device::DrawPacket& packet) const {
-  const std::int32_t offset = diffuseOffset(packet.vertexFormat);
-  if (offset < 0 || packet.state->render.lighting != 0 || packet.vertexCount == 0) return false;
-  if (packet.buffer != BufferId::None) return buffers_.at(packet.buffer).white(packet, offset);
-  return allWhite(packet.vertices, packet.stride, offset, packet.vertexCount);
-}
-
-const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, const Target& target) {
+const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, const Target& target, bool white) {
   std::array<const Texture*, device::kStages> textures{};
   std::array<std::shared_ptr<const TextureData>, device::kStages> data;
   for (std::size_t i = 0; i < device::kStages; ++i) {
@@ -149,19 +147,18 @@ const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, c
     textures[i] = at->second.get();
     data[i] = at->second->data();
   }
-  const bool isWhite = white(packet);
-  if (pipeline_ && stateVersion_ == packet.stateVersion && vertexFormat_ == packet.vertexFormat && white_ == isWhite &&
+  if (pipeline_ && stateVersion_ == packet.stateVersion && vertexFormat_ == packet.vertexFormat && white_ == white &&
       data == pipelineTextures_)
     return pipeline_;
   stateVersion_ = packet.stateVersion;
   vertexFormat_ = packet.vertexFormat;
-  white_ = isWhite;
+  white_ = white;
   std::array<const TextureData*, device::kStages> reads{};
   std::ranges::transform(data, reads.begin(), [](const auto& texture) { return texture.get(); });
-  const Pipeline*& known = snapshots_.find(packet, reads, isWhite);
+  const Pipeline*& known = snapshots_.find(packet, reads, white);
   if (!known) {
     Pipeline& made = frame_.addPipeline();
-    makePipeline(packet, target, textures, isWhite, made);
+    makePipeline(packet, target, textures, white, made);
     frame_.finish(made);
     known = &made;
   }
@@ -170,15 +167,43 @@ const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, c
   return pipeline_;
 }
 
+bool SoftwareBackEnd::outside(const device::DrawPacket& packet, const Target& target, const Buffer::Part& part) {
+  const std::uint32_t fill = packet.state->render.fillMode;
+  if (!part.bounds || (packet.vertexFormat & device::fvf::kXyzRhw) != 0 ||
+      packet.primitive < device::PrimitiveType::TriangleList ||
+      fill == static_cast<std::uint32_t>(device::FillMode::Point) ||
+      fill == static_cast<std::uint32_t>(device::FillMode::Wireframe))
+    return false;
+  if (!sides_ || sidesVersion_ != packet.stateVersion) {
+    sides_.emplace(*packet.state, target);
+    sidesVersion_ = packet.stateVersion;
+  }
+  return sides_->outside(*part.bounds);
+}
+
 void SoftwareBackEnd::draw(const device::DrawPacket& packet) {
+  const std::uint32_t triangles = packet.primitive >= device::PrimitiveType::TriangleList ? packet.primitiveCount : 0;
   ++statistics_.drawCalls;
-  if (packet.primitive >= device::PrimitiveType::TriangleList) statistics_.triangles += packet.primitiveCount;
+  statistics_.triangles += triangles;
   if (packet.primitiveCount == 0) return;
   const Target& target = begin(packet.target);
+  // Where all vertices are white, multiplying by their colours changes nothing.
+  const std::int32_t color = packet.state->render.lighting == 0 ? diffuseOffset(packet.vertexFormat) : -1;
+  bool white = false;
+  if (packet.buffer == BufferId::None) {
+    white = color >= 0 && allWhite(packet.vertices, packet.stride, color, packet.vertexCount);
+  } else {
+    const Buffer::Part& part = buffers_.at(packet.buffer).part(packet, color);
+    if (outside(packet, target, part)) {
+      statistics_.culled += triangles;
+      return;
+    }
+    white = color >= 0 && part.white;
+  }
   if (frame_.full(target)) flush();
-  const Pipeline* pipeline = pipelineFor(packet, target);
+  const Pipeline* pipeline = pipelineFor(packet, target, white);
   if (!pipeline->draws()) {
-    if (packet.primitive >= device::PrimitiveType::TriangleList) statistics_.culled += packet.primitiveCount;
+    statistics_.culled += triangles;
     return;
   }
   frame_.draw(pipeline, packet, packet.buffer == BufferId::None ? nullptr : buffers_.at(packet.buffer).bytes());
