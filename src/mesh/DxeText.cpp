@@ -2,8 +2,8 @@
 
 #include "mesh/Build.h"
 #include "platform/host/Files.h"
+#include "platform/host/Lines.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -16,39 +16,24 @@ constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 26;  // the most vert
 
 [[noreturn]] void overflow() { throw engine::EngineError(engine::kOverflow, "Overflow"); }
 
-class Lines {
- public:
-  explicit Lines(std::string_view text) : text_(text) {}
-
-  std::string_view next(const char* what) {
-    if (at_ >= text_.size()) throw host::FileFault(host::Fault::Truncated, what, at_, at_, text_.size());
-    const std::size_t end = std::min(text_.find_first_of("\r\n", at_), text_.size());
-    const std::string_view line = text_.substr(at_, end - at_);
-    at_ = end + (text_.substr(end).starts_with("\r\n") ? 2 : 1);
-    return line;
-  }
-  float number(const char* what) {
-    const auto value = static_cast<float>(host::numberFromText(next(what)));
-    if (!std::isfinite(value)) overflow();
-    return value;
-  }
-
- private:
-  std::string_view text_;
-  std::size_t at_ = 0;
-};
-
 }  // namespace
 
 std::vector<math::NormalVertex> parseDxe(std::string_view text) {
-  Lines lines(text);
-  lines.next("DXE title");
-  const double triangles = std::nearbyint(host::numberFromText(lines.next("DXE number of triangles")));
+  host::Lines lines(text);
+  const auto next = [&](const char* what) {
+    if (const auto line = lines.next()) return *line;
+    throw host::FileFault(host::Fault::Truncated, what, text.size(), text.size(), text.size());
+  };
+  next("DXE title");
+  const double triangles = std::nearbyint(host::numberFromText(next("DXE number of triangles")));
   if (triangles * 3 > kMaxVertices) overflow();
   std::vector<math::NormalVertex> vertices;
   for (double i = 0; i < triangles * 3; ++i) {
     math::NormalVertex v;
-    for (float* value : {&v.x, &v.y, &v.z, &v.nx, &v.ny, &v.nz, &v.tu, &v.tv}) *value = lines.number("DXE vertex");
+    for (float* value : {&v.x, &v.y, &v.z, &v.nx, &v.ny, &v.nz, &v.tu, &v.tv}) {
+      *value = static_cast<float>(host::numberFromText(next("DXE vertex")));
+      if (!std::isfinite(*value)) overflow();
+    }
     v.tu1 = v.tu;
     v.tv1 = v.tv;
     vertices.push_back(v);

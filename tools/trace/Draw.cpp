@@ -3,6 +3,7 @@
 #include "Open.h"
 #include "Pictures.h"
 #include "Progress.h"
+#include "walk/TextFile.h"
 
 #include <algorithm>
 
@@ -37,7 +38,7 @@ Json reportOf(const Options& options, const Trace& trace) {
 }
 
 void finish(const Options& options, const Json& report) {
-  if (options.json) writeText(*options.json, report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  if (options.json) walk::writeText(*options.json, report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
 }  // namespace

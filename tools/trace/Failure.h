@@ -1,17 +1,12 @@
 /// @file
-/// What ends the program early, with its exit code.
+/// What ends the program early, as all programs do.
 #pragma once
 
-#include <stdexcept>
-#include <string>
+#include "walk/Failure.h"
 
 namespace ql::trace {
 
-enum class ExitCode { Success = 0, Differ = 1, Usage = 2, Unreadable = 3, Malformed = 4, NoDevice = 5, Limit = 6 };
-
-struct Failure : std::runtime_error {
-  Failure(ExitCode exitCode, const std::string& message) : std::runtime_error(message), code(exitCode) {}
-  ExitCode code;
-};
+using walk::ExitCode;
+using walk::Failure;
 
 }  // namespace ql::trace

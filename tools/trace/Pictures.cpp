@@ -37,16 +37,6 @@ void writePicture(const fs::path& file, images::Image picture) {
   if (!out.flush()) throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", file.string()));
 }
 
-void writeText(const std::string& file, const std::string& text) {
-  if (file == "-") {
-    fmt::print("{}", text);
-    return;
-  }
-  std::ofstream out(file, std::ios::binary);
-  out << text;
-  if (!out.flush()) throw Failure(ExitCode::Unreadable, fmt::format("cannot write {}", file));
-}
-
 images::Image imageOf(const recording::FramePicture& picture) {
   return {picture.width, picture.height, picture.pixels, false};
 }

@@ -7,7 +7,6 @@
 #include "platform/recording/Replayer.h"
 
 #include <filesystem>
-#include <string>
 
 namespace ql::trace {
 
@@ -17,7 +16,6 @@ std::unique_ptr<recording::Replayer> replayerOn(DeviceKind kind, const recording
 /// @throws Failure Unreadable, here and below
 void makeFolder(const std::filesystem::path& folder);
 void writePicture(const std::filesystem::path& file, images::Image picture);
-void writeText(const std::string& file, const std::string& text);
 
 images::Image imageOf(const recording::FramePicture& picture);
 
