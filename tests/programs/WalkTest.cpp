@@ -77,6 +77,15 @@ TEST_F(WalkProgram, PosesGivePicturesThatDependOnNothingBefore) {
   EXPECT_TRUE(std::filesystem::exists("both/contact.png"));
 }
 
+TEST_F(WalkProgram, TheFirstPoseShowsTheSkyAsAllDo) {
+  if (!std::filesystem::exists(QL_ASSETS_DIR "/maps/court.bsp")) GTEST_SKIP() << "no demo level";
+  put("up.json", R"([{"eye": [0, 60, 400], "look": [0, 400, 300]}, {"eye": [0, 60, 400], "look": [0, 400, 300]}])");
+  ASSERT_EQ(walk("--base " QL_ASSETS_DIR " --poses up.json --size 80x60 --device ref --out up").code, 0);
+  const std::string first = contents("up/pose-000.png");
+  EXPECT_GT(first.size(), 2000u) << "clouds";
+  EXPECT_EQ(first, contents("up/pose-001.png"));
+}
+
 TEST_F(WalkProgram, TheReportCountsWhatEachFrameDrew) {
   const ProgramRun run = walk("maps/room.bsp --poses poses.json --size 80x60 --device ref --out out --json -");
   ASSERT_EQ(run.code, 0);
