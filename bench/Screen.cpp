@@ -1,5 +1,6 @@
 // Costs of drawing on the screen: 5,000 textured rectangles and 2,000 characters against the same triangles in one draw
-// per texture; and of a render surface against the same scene on a screen of its size.
+// per texture; and of a render surface against the same scene on a screen of its size; and
+// how long reading a picture waits.
 #include "render/Screen.h"
 
 #include "engine/Engine.h"
@@ -13,6 +14,7 @@
 #include "support/TestPlatform.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -203,6 +205,24 @@ class SurfaceScene {
     surface_->endRender();
     emptyFrame();
   }
+  /// Both in one frame, as a mirror has it.
+  void onBoth() {
+    surface_->startRender();
+    level_->render();
+    surface_->endRender();
+    onScreen();
+  }
+  /// Draws on the screen and takes the time until a part of the picture can be read. @return seconds
+  double read(const device::PixelRect& part) {
+    engine::clear(*machine_.context);
+    level_->render();
+    const auto before = std::chrono::steady_clock::now();
+    benchmark::DoNotOptimize(machine_.context->device->getBackBuffer(0)->read(part));
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - before;
+    engine::renderToScreen(*machine_.context);
+    machine_.wait();
+    return took.count();
+  }
   void emptyFrame() {
     engine::clear(*machine_.context);
     engine::renderToScreen(*machine_.context);
@@ -222,6 +242,12 @@ void surface(benchmark::State& state, bool hardware, void (SurfaceScene::*draw)(
   for (auto _ : state) (scene.*draw)();
 }
 
+void reading(benchmark::State& state, bool hardware, const device::PixelRect& part) {
+  SurfaceScene scene(hardware);
+  if (!scene.ready()) return state.SkipWithError("no such device here");
+  for (auto _ : state) state.SetIterationTime(scene.read(part));
+}
+
 const auto registered = [] {
   for (const bool hardware : {false, true}) {
     const std::string device = hardware ? "hal" : "ref";
@@ -232,6 +258,12 @@ const auto registered = [] {
     add("overlay/5000_rectangles_40_texts", [=](benchmark::State& s) { overlay(s, hardware, &Overlay::drawAll); });
     add("surface/on_screen", [=](benchmark::State& s) { surface(s, hardware, &SurfaceScene::onScreen); });
     add("surface/on_surface", [=](benchmark::State& s) { surface(s, hardware, &SurfaceScene::onSurface); });
+    add("surface/on_both", [=](benchmark::State& s) { surface(s, hardware, &SurfaceScene::onBoth); });
+    for (const std::uint32_t side : {1u, 512u})
+      benchmark::RegisterBenchmark(("surface/read/" + std::to_string(side) + "/" + device).c_str(), reading, hardware,
+                                   device::PixelRect{0, 0, side, side})
+          ->Unit(benchmark::kMillisecond)
+          ->UseManualTime();
     add("surface/empty_frame", [=](benchmark::State& s) { surface(s, hardware, &SurfaceScene::emptyFrame); });
   }
   return true;

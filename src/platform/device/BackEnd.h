@@ -91,9 +91,9 @@ class BackEnd {
   virtual std::vector<std::byte> readPixels(TargetId target, PixelRect rect) = 0;
   /// Overwrites pixels of a target, in its own format, tightly packed.
   virtual void writePixels(TargetId target, PixelRect rect, std::span<const std::byte> pixels) = 0;
-  /// Copies a target's picture, as readPixels has it, to a level of a texture that is as large, rounded to the texture's
-  /// format, and makes all smaller levels anew: each from the one above, before that is rounded. Levels.h has the
-  /// arithmetic. The texture is not the one that the target draws into.
+  /// Copies a target's picture, as readPixels has it, to a level of a texture that is as large, rounded to the
+  /// texture's format, and makes all smaller levels anew: each from the one above, before that is rounded. Levels.h has
+  /// the arithmetic. The texture is not the one that the target draws into.
   virtual void copyToTexture(TargetId target, TextureId texture, std::uint32_t level) = 0;
   /// Finishes all drawing on the target and shows it when there is a visible window.
   virtual void present(TargetId target, Window* window) = 0;

@@ -22,10 +22,6 @@ bool like(const Draw& draw, const Pipeline* pipeline, const device::DrawPacket& 
 
 }  // namespace
 
-Frame::Frame(unsigned threads, const KernelSet& kernels) : pool_(threads), meter_(pool_.threads()), kernels_(kernels) {
-  for (unsigned i = 0; i < pool_.threads(); ++i) tiles_.push_back(std::make_unique<Tile>());
-}
-
 bool Frame::full(const Target& target) const {
   const auto tiles = static_cast<std::size_t>(target.tilesX() * target.tilesY());
   return pipelineCount_ > kMostPipelines || copiedBytes_ + recordFloats_ * sizeof(float) > kMostBytes ||
@@ -85,27 +81,34 @@ Box Frame::tileArea(const Target& target, std::int32_t index) {
 
 void Frame::copy(Target& target, TextureCopy& copy) {
   const Target::Rows rows = target.beginWrite();
-  pool_.run(static_cast<std::uint32_t>(target.tilesX() * target.tilesY()), [&](std::uint32_t index, unsigned worker) {
-    meter_.time(worker, device::WorkStep::Tiles,
-                [&] { copy.copyTile(rows, tileArea(target, static_cast<std::int32_t>(index))); });
-  });
+  crew_.pool.run(static_cast<std::uint32_t>(target.tilesX() * target.tilesY()),
+                 [&](std::uint32_t index, unsigned worker) {
+                   crew_.meter.time(worker, device::WorkStep::Tiles,
+                                    [&] { copy.copyTile(rows, tileArea(target, static_cast<std::int32_t>(index))); });
+                 });
   copy.finish();
 }
 
-void Frame::flush(Target& target, device::Statistics& statistics, TextureCopy* copy) {
-  if (empty()) return;
+void Frame::prepare(const Target& target) {
   transform();
   binAll(target);
-  const Target::Rows rows = target.beginWrite();
-  pool_.run(static_cast<std::uint32_t>(target.tilesX() * target.tilesY()), [&](std::uint32_t index, unsigned worker) {
-    meter_.time(worker, device::WorkStep::Tiles,
-                [&] {
-                  drawTile(rows, target, static_cast<std::int32_t>(index), *tiles_[worker]);
-                  if (copy) copy->copyTile(rows, tileArea(target, static_cast<std::int32_t>(index)));
-                });
+}
+
+void Frame::drawTiles(Target& target, const Target::Rows& rows, const Box& area) {
+  crew_.pool.run(tiles(target), [&](std::uint32_t index, unsigned worker) {
+    const auto tile = static_cast<std::int32_t>(index);
+    if (!intersect(tileArea(target, tile), area).empty()) drawTile(target, rows, tile, worker, nullptr);
   });
-  target.endWrite();
-  if (copy) copy->finish();
+}
+
+void Frame::drawTile(Target& target, const Target::Rows& rows, std::int32_t index, unsigned worker, TextureCopy* copy) {
+  crew_.meter.time(worker, device::WorkStep::Tiles, [&] {
+    drawTile(rows, target, index, *crew_.tiles[worker]);
+    if (copy) copy->copyTile(rows, tileArea(target, index));
+  });
+}
+
+void Frame::reset(device::Statistics& statistics) {
   count(statistics);
   draws_.clear();
   clears_.clear();
@@ -119,7 +122,7 @@ void Frame::flush(Target& target, device::Statistics& statistics, TextureCopy* c
 }
 
 void Frame::count(device::Statistics& statistics) {
-  meter_.collect(statistics);
+  crew_.meter.collect(statistics);
   std::uint64_t drawn = 0;
   for (std::size_t i = 0; i < jobCount_; ++i) {
     drawn += jobs_[i].drawn;
@@ -127,7 +130,7 @@ void Frame::count(device::Statistics& statistics) {
   }
   statistics.drawn += drawn;
   statistics.culled += triangles_ - drawn;
-  for (const std::unique_ptr<Tile>& tile : tiles_) {
+  for (const std::unique_ptr<Tile>& tile : crew_.tiles) {
     statistics.pixels += std::exchange(tile->shaded, 0);
     statistics.tiles += std::exchange(tile->touched, 0);
   }
@@ -159,8 +162,8 @@ void Frame::transform() {
     }
     grouped += ranges_[i].count;
   }
-  pool_.run(static_cast<std::uint32_t>(groups_.size()), [&](std::uint32_t group, unsigned worker) {
-    meter_.time(worker, device::WorkStep::Vertices, [&] { transformGroup(group); });
+  crew_.pool.run(static_cast<std::uint32_t>(groups_.size()), [&](std::uint32_t group, unsigned worker) {
+    crew_.meter.time(worker, device::WorkStep::Vertices, [&] { transformGroup(group); });
   });
 }
 
@@ -169,8 +172,8 @@ void Frame::transformGroup(std::size_t group) {
   for (std::size_t i = groups_[group]; i < end; ++i) {
     const Range& range = ranges_[i];
     const Draw& draw = draws_[range.draw];
-    kernels_.geometry.transform(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count,
-                                draw.writable(range.first), nullptr);
+    crew_.kernels.geometry.transform(*draw.pipeline, draw.vertex(range.first), draw.stride, range.count,
+                                     draw.writable(range.first), nullptr);
   }
 }
 
@@ -185,9 +188,9 @@ void Frame::binAll(const Target& target) {
     while (job.firstPrimitive - draws_[draw].first >= draws_[draw].count) ++draw;
     job.firstDraw = draw;
   }
-  pool_.run(static_cast<std::uint32_t>(jobCount_), [&](std::uint32_t i, unsigned worker) {
-    meter_.time(worker, device::WorkStep::Vertices, device::WorkStep::Binning, [&] {
-      kernels_.geometry.bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]);
+  crew_.pool.run(static_cast<std::uint32_t>(jobCount_), [&](std::uint32_t i, unsigned worker) {
+    crew_.meter.time(worker, device::WorkStep::Vertices, device::WorkStep::Binning, [&] {
+      crew_.kernels.geometry.bin(draws_, target.tilesX(), target.tilesY(), jobs_[i]);
       return jobs_[i].vertexNanoseconds;
     });
   });

@@ -4,11 +4,8 @@
 
 #include "platform/software/Arena.h"
 #include "platform/software/Bins.h"
-#include "platform/software/Kernels.h"
-#include "platform/software/Meter.h"
-#include "platform/software/Pool.h"
+#include "platform/software/Crew.h"
 #include "platform/software/TextureCopy.h"
-#include "platform/software/Tile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +23,7 @@ using Bytes = std::shared_ptr<const std::vector<std::byte>>;
 /// order of drawing never depends on the threads.
 class Frame {
  public:
-  Frame(unsigned threads, const KernelSet& kernels);
+  explicit Frame(Crew& crew) : crew_(crew) {}
 
   bool empty() const { return draws_.empty() && clears_.empty(); }
   /// Whether so much waits that it should be carried out.
@@ -35,19 +32,29 @@ class Frame {
   /// A pipeline to fill and finish; it is kept until everything is carried out.
   Pipeline& addPipeline();
   /// Chooses the code for a pipeline.
-  void finish(Pipeline& pipeline) const { pipeline.paint = kernels_.painter(pipeline); }
+  void finish(Pipeline& pipeline) const { pipeline.paint = crew_.kernels.painter(pipeline); }
   /// @param buffer keeps the vertices when they lie in a buffer; nothing: they are copied
   void draw(const Pipeline* pipeline, const device::DrawPacket& packet, const Bytes& buffer);
   /// Fills all but the number of the primitives before it.
   void clear(Clear clear);
 
-  /// Carries everything out.
-  /// @param statistics to add what was done to
-  /// @param copy is made on the way; null: none
-  void flush(Target& target, device::Statistics& statistics, TextureCopy* copy = nullptr);
+  // Carrying everything out, in this order; meanwhile nothing is added.
+  /// The first two steps.
+  void prepare(const Target& target);
+  /// The third for the tiles that an area touches.
+  void drawTiles(Target& target, const Target::Rows& rows, const Box& area);
+  /// Draws one tile on one of the threads. @param copy is made with it; null: none
+  void drawTile(Target& target, const Target::Rows& rows, std::int32_t index, unsigned worker, TextureCopy* copy);
+  /// Forgets what was carried out. @param statistics to add it to
+  void reset(device::Statistics& statistics);
+
   /// Makes a copy of a target's finished picture, whatever waits for others.
   void copy(Target& target, TextureCopy& copy);
-  Meter& meter() { return meter_; }
+
+  static std::uint32_t tiles(const Target& target) {
+    return static_cast<std::uint32_t>(target.tilesX() * target.tilesY());
+  }
+  static Box tileArea(const Target& target, std::int32_t index);
 
  private:
   struct Range {
@@ -59,18 +66,14 @@ class Frame {
   void transform();
   void transformGroup(std::size_t group);
   void binAll(const Target& target);
-  static Box tileArea(const Target& target, std::int32_t index);
   void drawTile(const Target::Rows& rows, Target& target, std::int32_t index, Tile& tile);
   void count(device::Statistics& statistics);
   /// The draw that a primitive belongs to. @param from not after it
   std::size_t drawOf(std::uint32_t primitive, std::size_t from) const;
   void drawJob(const Job& job, std::int32_t index, Tile& tile, std::size_t& draw, std::size_t& clear);
 
-  Pool pool_;
-  Meter meter_;
-  KernelSet kernels_;
-  std::vector<std::unique_ptr<Tile>> tiles_;  ///< one per thread
-  std::deque<Pipeline> pipelines_;            ///< the first pipelineCount_ are in use
+  Crew& crew_;
+  std::deque<Pipeline> pipelines_;  ///< the first pipelineCount_ are in use
   std::size_t pipelineCount_ = 0;
   std::vector<Draw> draws_;
   std::vector<Clear> clears_;

@@ -20,12 +20,20 @@ void Pool::runAll(std::uint32_t count, Task task) {
     for (std::uint32_t i = 0; i < count; ++i) task.call(task.self, i, 0);
     return;
   }
+  startAll(count, task);
+  join();
+}
+
+void Pool::startAll(std::uint32_t count, Task task) {
   task_ = task;
   count_ = count;
   next_.store(0, std::memory_order_relaxed);
   busy_.store(static_cast<std::uint32_t>(workers_.size()), std::memory_order_relaxed);
   batch_.fetch_add(1, std::memory_order_release);
   batch_.notify_all();
+}
+
+void Pool::join() {
   work(0);
   for (std::uint32_t busy = busy_.load(std::memory_order_acquire); busy != 0;
        busy = busy_.load(std::memory_order_acquire))

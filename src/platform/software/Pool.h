@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <stop_token>
 #include <thread>
-#include <type_traits>
 #include <vector>
 
 namespace ql::software {
@@ -25,10 +24,16 @@ class Pool {
   /// handed out in ascending order; worker is 0 to threads() - 1. The task must not throw.
   template <class F>
   void run(std::uint32_t count, F&& task) {
-    runAll(count, {&task, [](void* self, std::uint32_t index, unsigned worker) {
-                     (*static_cast<std::remove_reference_t<F>*>(self))(index, worker);
-                   }});
+    runAll(count, taskOf(task));
   }
+  /// Lets the other threads begin; the caller has other things to do until it joins them. Nothing else runs meanwhile.
+  /// @param task stays where it is until then
+  template <class F>
+  void start(std::uint32_t count, F& task) {
+    startAll(count, taskOf(task));
+  }
+  /// Takes part in what was started, and returns when all of it is done.
+  void join();
 
  private:
   /// A task that somebody else keeps.
@@ -36,7 +41,12 @@ class Pool {
     void* self = nullptr;
     void (*call)(void* self, std::uint32_t index, unsigned worker) = nullptr;
   };
+  template <class F>
+  static Task taskOf(F& task) {
+    return {&task, [](void* self, std::uint32_t index, unsigned worker) { (*static_cast<F*>(self))(index, worker); }};
+  }
   void runAll(std::uint32_t count, Task task);
+  void startAll(std::uint32_t count, Task task);
   void work(unsigned worker);
   void serve(const std::stop_token& stop, unsigned worker);
 

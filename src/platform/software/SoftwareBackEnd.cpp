@@ -2,7 +2,7 @@
 
 #include "platform/device/Resources.h"
 #include "platform/software/Buffer.h"
-#include "platform/software/Frame.h"
+#include "platform/software/Passes.h"
 #include "platform/software/Snapshots.h"
 #include "platform/software/ViewSides.h"
 
@@ -21,11 +21,11 @@ using device::PixelRect;
 using device::TargetId;
 using device::TextureId;
 
-/// What waits belongs to one target at a time: drawing on another one carries it out first. So a texture that is a
-/// target is finished when another target's draw reads it.
+/// What waits belongs to one target at a time: drawing on another one starts to carry it out. What is under way is
+/// finished before anything else is carried out, and before its results are read or changed from here.
 class SoftwareBackEnd final : public device::BackEnd {
  public:
-  SoftwareBackEnd(unsigned threads, const KernelSet& kernels) : frame_(threads, kernels) {}
+  SoftwareBackEnd(unsigned threads, const KernelSet& kernels) : passes_(threads, kernels, statistics_) {}
 
   const device::Capabilities& capabilities() const override { return capabilities_; }
 
@@ -78,9 +78,18 @@ class SoftwareBackEnd final : public device::BackEnd {
   void copyToTexture(TargetId target, TextureId texture, std::uint32_t level) override;
   void present(TargetId target, device::Window* window) override;
 
-  const device::Statistics& statistics() const override { return statistics_; }
-  void keepSpans(bool on) override { frame_.meter().keepSpans(on); }
-  std::vector<device::WorkSpan> takeSpans() override { return frame_.meter().takeSpans(); }
+  const device::Statistics& statistics() const override {
+    passes_.settle();
+    return statistics_;
+  }
+  void keepSpans(bool on) override {
+    passes_.settle();
+    passes_.meter().keepSpans(on);
+  }
+  std::vector<device::WorkSpan> takeSpans() override {
+    passes_.settle();
+    return passes_.meter().takeSpans();
+  }
 
  private:
   TargetId add(std::unique_ptr<Target> target) {
@@ -92,24 +101,37 @@ class SoftwareBackEnd final : public device::BackEnd {
   Target& begin(TargetId id) {
     Target& target = *targets_.at(id);
     if (pending_ != id) {
-      flush();
+      start();
       pending_ = id;
       sides_.reset();
     }
     return target;
   }
-  /// @param copy of the target that waits, made on the way; null: none
-  void flush(TextureCopy* copy = nullptr) {
-    if (pending_ != TargetId::None && !frame_.empty()) frame_.flush(*targets_.at(pending_), statistics_, copy);
+  bool waits() { return pending_ != TargetId::None && !passes_.frame().empty(); }
+  void flush() {
+    if (waits()) passes_.finish(*targets_.at(pending_));
+    forget();
+  }
+  /// @param copy of the target that draws wait for, made on the way; null: none
+  void start(std::unique_ptr<TextureCopy> copy = nullptr) {
+    if (waits()) passes_.start(*targets_.at(pending_), std::move(copy));
+    forget();
+  }
+  /// Forgets what belongs to the frame that took draws.
+  void forget() {
     pipeline_ = nullptr;
     snapshots_.clear();
     pipelineTextures_ = {};  // else the next upload would copy
   }
-  void finish(TargetId target) {
-    if (pending_ == target) flush();
+  void finish(TargetId id) {
+    if (pending_ == id) flush();
+    const Target& target = *targets_.at(id);
+    if (passes_.drawOn(target)) passes_.settle();
+    if (target.texture()) finish(*target.texture());
   }
   void finish(const Texture& texture) {
     if (pending_ != TargetId::None && targets_.at(pending_)->texture() == &texture) flush();
+    if (passes_.drawOn(texture)) passes_.settle();
   }
   const Pipeline* pipelineFor(const device::DrawPacket& packet, const Target& target, bool white);
   bool outside(const device::DrawPacket& packet, const Target& target, const Buffer::Part& part);
@@ -120,7 +142,7 @@ class SoftwareBackEnd final : public device::BackEnd {
   std::unordered_map<TargetId, std::unique_ptr<Target>> targets_;
   std::unordered_map<TextureId, std::shared_ptr<Texture>> textures_;
   std::unordered_map<BufferId, Buffer> buffers_;
-  Frame frame_;
+  mutable Passes passes_;  ///< asking for statistics waits for them
   TargetId pending_ = TargetId::None;
 
   std::optional<ViewSides> sides_;  ///< of the state of the last draw that they were asked for, and of its target
@@ -143,7 +165,7 @@ const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, c
     const auto at = textures_.find(packet.textures[i]);
     if (at == textures_.end()) continue;
     // A draw that reads what it draws on sees it as it was before.
-    if (at->second.get() == target.texture()) flush();
+    if (at->second.get() == target.texture()) start();
     textures[i] = at->second.get();
     data[i] = at->second->data();
   }
@@ -157,9 +179,9 @@ const Pipeline* SoftwareBackEnd::pipelineFor(const device::DrawPacket& packet, c
   std::ranges::transform(data, reads.begin(), [](const auto& texture) { return texture.get(); });
   const Pipeline*& known = snapshots_.find(packet, reads, white);
   if (!known) {
-    Pipeline& made = frame_.addPipeline();
+    Pipeline& made = passes_.frame().addPipeline();
     makePipeline(packet, target, textures, white, made);
-    frame_.finish(made);
+    passes_.frame().finish(made);
     known = &made;
   }
   pipeline_ = known;
@@ -200,13 +222,14 @@ void SoftwareBackEnd::draw(const device::DrawPacket& packet) {
     }
     white = color >= 0 && part.white;
   }
-  if (frame_.full(target)) flush();
+  if (passes_.frame().full(target)) start();
   const Pipeline* pipeline = pipelineFor(packet, target, white);
   if (!pipeline->draws()) {
     statistics_.culled += triangles;
     return;
   }
-  frame_.draw(pipeline, packet, packet.buffer == BufferId::None ? nullptr : buffers_.at(packet.buffer).bytes());
+  passes_.frame().draw(pipeline, packet,
+                       packet.buffer == BufferId::None ? nullptr : buffers_.at(packet.buffer).bytes());
 }
 
 void SoftwareBackEnd::clear(TargetId id, std::span<const PixelRect> rects, std::uint32_t flags, std::uint32_t color,
@@ -218,19 +241,26 @@ void SoftwareBackEnd::clear(TargetId id, std::span<const PixelRect> rects, std::
   clear.argb = device::toArgb(target.format(), device::fromArgb(target.format(), color));
   clear.z = static_cast<std::int32_t>(depthOf(z));
   clear.box = {0, 0, target.width(), target.height()};
-  if (rects.empty()) frame_.clear(clear);
+  if (rects.empty()) passes_.frame().clear(clear);
   for (const PixelRect& rect : rects) {
     const auto side = [](std::uint32_t v) { return static_cast<std::int32_t>(std::min(v, device::kMaxTargetSide)); };
     clear.box =
         intersect({side(rect.x), side(rect.y), side(rect.x) + side(rect.width), side(rect.y) + side(rect.height)},
                   {0, 0, target.width(), target.height()});
-    if (!clear.box.empty()) frame_.clear(clear);
+    if (!clear.box.empty()) passes_.frame().clear(clear);
   }
 }
 
 std::vector<std::byte> SoftwareBackEnd::readPixels(TargetId id, PixelRect rect) {
-  finish(id);
-  const Target& target = *targets_.at(id);
+  Target& target = *targets_.at(id);
+  const Box area{static_cast<std::int32_t>(rect.x), static_cast<std::int32_t>(rect.y),
+                 static_cast<std::int32_t>(rect.x + rect.width), static_cast<std::int32_t>(rect.y + rect.height)};
+  if (pending_ == id && waits()) {
+    passes_.finishArea(target, area);
+    forget();
+  } else {
+    finish(id);
+  }
   const FormatCodec codec(target.format());
   const std::size_t pitch = std::size_t{rect.width} * codec.bytes();
   std::vector<std::byte> out(pitch * rect.height);
@@ -257,15 +287,15 @@ void SoftwareBackEnd::writePixels(TargetId id, PixelRect rect, std::span<const s
 }
 
 void SoftwareBackEnd::copyToTexture(TargetId id, TextureId textureId, std::uint32_t level) {
-  Texture& texture = *textures_.at(textureId);
-  finish(texture);
+  const std::shared_ptr<Texture>& texture = textures_.at(textureId);
+  finish(*texture);
   Target& target = *targets_.at(id);
-  const bool waits = pending_ == id && !frame_.empty();
-  TextureCopy copy(target, texture, level);
-  if (waits)
-    flush(&copy);
-  else
-    frame_.copy(target, copy);
+  if (pending_ == id && waits()) {
+    start(std::make_unique<TextureCopy>(target, texture, level));
+  } else {
+    TextureCopy copy(target, texture, level);
+    passes_.copy(target, copy);
+  }
 }
 
 void SoftwareBackEnd::present(TargetId id, device::Window* window) {

@@ -16,24 +16,24 @@ static_assert(std::has_single_bit(kSide));
 
 }  // namespace
 
-TextureCopy::TextureCopy(const Target& target, Texture& texture, std::uint32_t level)
-    : texture_(texture),
+TextureCopy::TextureCopy(const Target& target, std::shared_ptr<Texture> texture, std::uint32_t level)
+    : texture_(std::move(texture)),
       level_(level),
-      lastTileLevel_(std::min(level + kTileLevels, texture.levels() - 1)),
-      lastLevel_(texture.levels() - 1),
+      lastTileLevel_(std::min(level + kTileLevels, texture_->levels() - 1)),
+      lastLevel_(texture_->levels() - 1),
       forced_(target.bits().alpha == 0 ? 0xFF000000 : 0),
-      texels_(texture.writable(0)),
-      smallest_(std::size_t{texture.level(lastTileLevel_).width} * texture.level(lastTileLevel_).height) {}
+      texels_(texture_->writable(0)),
+      smallest_(std::size_t{texture_->level(lastTileLevel_).width} * texture_->level(lastTileLevel_).height) {}
 
 void TextureCopy::store(std::uint32_t level, std::uint32_t x, std::uint32_t y,
                         std::span<const std::uint32_t> argb) const {
-  const TextureLevel& to = texture_.level(level);
+  const TextureLevel& to = texture_->level(level);
   std::uint32_t* texel = texels_ + to.offset + std::size_t{y} * to.stride + x;
   std::array<std::uint32_t, kSide> rounded;
   for (std::size_t at = 0; at < argb.size(); at += kSide) {
     const std::span<const std::uint32_t> part = argb.subspan(at, std::min<std::size_t>(kSide, argb.size() - at));
     std::ranges::copy(part, rounded.begin());
-    device::roundTo(texture_.description().format, std::span(rounded).first(part.size()));
+    device::roundTo(texture_->description().format, std::span(rounded).first(part.size()));
     for (std::size_t i = 0; i < part.size(); ++i) *texel++ = rounded[i] ^ kTexelFlip;
   }
 }
@@ -52,13 +52,13 @@ void TextureCopy::copyTile(const Target::Rows& rows, const Box& area) {
     const std::uint32_t shift = level - level_, column = left >> shift, line = top >> shift;
     for (std::uint32_t y = 0; y < height; ++y) store(level, column, line + y, {picture + y * kSide, width});
     if (level == lastTileLevel_) {
-      const std::size_t pitch = texture_.level(level).width;
+      const std::size_t pitch = texture_->level(level).width;
       for (std::uint32_t y = 0; y < height; ++y)
         std::copy_n(picture + y * kSide, width, smallest_.data() + (line + y) * pitch + column);
       return;
     }
     // The last tiles of a row or column may have nothing left for a smaller level.
-    const TextureLevel& next = texture_.level(level + 1);
+    const TextureLevel& next = texture_->level(level + 1);
     const std::uint32_t nextColumn = column / 2, nextLine = line / 2;
     if (nextColumn >= next.width || nextLine >= next.height) return;
     const std::uint32_t nextWidth = std::min(next.width - nextColumn, kSide >> (shift + 1));
@@ -76,12 +76,12 @@ void TextureCopy::copyTile(const Target::Rows& rows, const Box& area) {
 
 void TextureCopy::finish() {
   for (std::uint32_t level = lastTileLevel_; level < lastLevel_; ++level) {
-    const TextureLevel& to = texture_.level(level + 1);
-    smallest_ = device::halved(smallest_, texture_.level(level).width, texture_.level(level).height);
+    const TextureLevel& to = texture_->level(level + 1);
+    smallest_ = device::halved(smallest_, texture_->level(level).width, texture_->level(level).height);
     for (std::uint32_t y = 0; y < to.height; ++y)
       store(level + 1, 0, y, std::span(smallest_).subspan(std::size_t{y} * to.width, to.width));
   }
-  for (std::uint32_t level = level_; level <= lastLevel_; ++level) texture_.wrapEdges(level);
+  for (std::uint32_t level = level_; level <= lastLevel_; ++level) texture_->wrapEdges(level);
 }
 
 }  // namespace ql::software

@@ -6,6 +6,7 @@
 #include "platform/software/Texture.h"
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -17,7 +18,8 @@ namespace ql::software {
 class TextureCopy {
  public:
   /// @param target as large as the level
-  TextureCopy(const Target& target, Texture& texture, std::uint32_t level);
+  TextureCopy(const Target& target, std::shared_ptr<Texture> texture, std::uint32_t level);
+  const Texture& texture() const { return *texture_; }
 
   /// Copies one tile that has been finished. Several threads may call this, each for other tiles.
   void copyTile(const Target::Rows& rows, const Box& area);
@@ -27,7 +29,7 @@ class TextureCopy {
  private:
   void store(std::uint32_t level, std::uint32_t x, std::uint32_t y, std::span<const std::uint32_t> argb) const;
 
-  Texture& texture_;
+  std::shared_ptr<Texture> texture_;
   std::uint32_t level_, lastTileLevel_, lastLevel_;
   std::uint32_t forced_;  ///< bits that every pixel of the target reads as ones
   std::uint32_t* texels_;
