@@ -153,7 +153,8 @@ struct TriangleTree::Builder {
     }
     /// What testing a side costs: its packets, as often as rays meet its box.
     static float cost(const Box& box, std::uint32_t count) {
-      return box.area() * static_cast<float>((count + kWide - 1) / kWide);
+      const std::size_t packets = (count + kWide - 1) / kWide;
+      return box.area() * static_cast<float>(packets);
     }
     Plane cheapest() const {
       Plane best;
