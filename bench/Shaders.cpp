@@ -135,7 +135,7 @@ std::vector<peers::Pose> around(const engine::Vec3& at) {
 
 /// The two by turns, so that what else the machine does meets both. A process has one engine at a time.
 void drawLevel(benchmark::State& state, Walk walk, peers::Size size) {
-  constexpr int kPasses = 3;
+  constexpr int kPasses = 2;
   Cost with, without;
   for (auto _ : state) {
     for (const bool shaders : {true, false}) {
@@ -177,7 +177,7 @@ int main(int argc, char** argv) {
                                   'x' + std::to_string(size.height))
                                      .c_str(),
                                  [walk, size](benchmark::State& state) { drawLevel(state, walk, size); })
-        ->Iterations(5)
+        ->Iterations(3)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
   benchmark::RunSpecifiedBenchmarks();
