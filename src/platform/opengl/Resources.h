@@ -44,13 +44,14 @@ class Texture {
   /// Limits what can be read when drawing.
   void showLevels(std::uint32_t first, std::uint32_t last);
   void upload(std::uint32_t level, std::span<const std::byte> pixels);
+  /// The same with colours that the format keeps as they are.
+  void write(std::uint32_t level, std::span<const std::uint32_t> argb);
   std::vector<std::byte> read(std::uint32_t level);
   /// The contents now, in a texture of its own.
   std::unique_ptr<Texture> copy();
 
  private:
   void bind() const { shadow_.texture(Shadow::kWorkUnit, texture_.name()); }
-  void write(std::uint32_t level, std::span<const std::uint32_t> argb);
 
   Shadow& shadow_;
   device::TextureDescription description_;

@@ -4,6 +4,8 @@
 #include "platform/device/Resources.h"
 #include "platform/opengl/Programs.h"
 
+#include <string_view>
+
 namespace ql::opengl {
 namespace {
 
@@ -32,11 +34,22 @@ bool showsItsSteps(device::Format format) {
   return format == Format::A1R5G5B5 || format == Format::A8 || format == Format::L8 || format == Format::A8L8;
 }
 
+// Drivers in software have everything in memory, and take longer to draw many small levels than it takes to compute
+// them.
+bool drawsInSoftware() {
+  const auto* name = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+  const std::string_view renderer = name ? name : "";
+  return renderer.find("llvmpipe") != renderer.npos || renderer.find("softpipe") != renderer.npos;
+}
+constexpr std::uint32_t kManyPixels = 1u << 16;
+
 void copyThroughMemory(const Target& from, Texture& to, std::uint32_t level) {
   std::vector<std::uint32_t> picture = from.read({0, 0, from.width(), from.height()});
   device::roundTo(from.format(), picture);
   for (std::uint32_t i = level; i < to.levels(); ++i) {
-    to.upload(i, encodePixels(to.description().format, picture));
+    std::vector<std::uint32_t> rounded = picture;
+    device::roundTo(to.description().format, rounded);
+    to.write(i, rounded);
     picture = device::halved(picture, to.width(i), to.height(i));
   }
 }
@@ -74,7 +87,9 @@ void TextureCopier::drawSmaller(Texture& to, std::uint32_t level) {
 }
 
 void TextureCopier::copy(Target& from, Texture& to, std::uint32_t level) {
-  if (showsItsSteps(to.description().format)) return copyThroughMemory(from, to, level);
+  if (!inSoftware_) inSoftware_ = drawsInSoftware();
+  if (showsItsSteps(to.description().format) || (*inSoftware_ && from.width() * from.height() >= kManyPixels))
+    return copyThroughMemory(from, to, level);
   if (!device::hasAlpha(to.description().format)) to.hideAlpha();
   shadow_.framebuffer(from.framebuffer());
   shadow_.texture(Shadow::kWorkUnit, to.overwrite(level));

@@ -28,8 +28,8 @@ struct CopyCase {
 inline std::vector<CopyCase> copyCases() {
   using device::Format;
   std::vector<CopyCase> cases;
-  constexpr std::array<std::array<std::uint32_t, 2>, 9> kSizes{
-      {{1, 1}, {5, 3}, {64, 64}, {65, 130}, {200, 1}, {3, 190}, {127, 63}, {256, 128}, {300, 200}}};
+  constexpr std::array<std::array<std::uint32_t, 2>, 10> kSizes{
+      {{1, 1}, {5, 3}, {64, 64}, {65, 130}, {200, 1}, {3, 190}, {127, 63}, {256, 128}, {300, 200}, {512, 300}}};
   for (const auto& [width, height] : kSizes) {
     cases.push_back({width, height, Format::X8R8G8B8, Format::R5G6B5, 0});
     cases.push_back({width, height, Format::A8R8G8B8, Format::A8R8G8B8, 1});
