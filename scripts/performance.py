@@ -15,6 +15,7 @@ import math
 import os
 import pathlib
 import platform
+import re
 import subprocess
 import sys
 import tempfile
@@ -387,7 +388,7 @@ def other_section(others):
                 rate = f"{number(case['items_per_second'] / 1e6)} M/s"
             elif "ratio" in case:  # of the two things that such a case compares
                 rate = f"{case['ratio']:.2f} ×"
-            name = case["name"].removesuffix("/manual_time").removesuffix("/real_time")
+            name = re.sub(r"/(iterations:\d+|manual_time|real_time)", "", case["name"])
             rows.append([f"{program[len('bench_'):]}: {name}", number(case["real_time"] * unit), rate])
     return table(["benchmark", "µs", "rate"], rows)
 
