@@ -113,10 +113,24 @@ Picture grate() {
   return iron;
 }
 
+/// Daylight in the air, bluer at the top.
+Picture daylight() {
+  constexpr int kRows = 64;
+  Picture light{kRows, kRows, {}};
+  for (int y = 0; y < kRows; ++y) {
+    const auto between = [y](int top, int bottom) {
+      return static_cast<std::uint8_t>(top + (bottom - top) * y / (kRows - 1));
+    };
+    light.pixels.insert(light.pixels.end(), kRows, {between(168, 230), between(199, 230), between(230, 219), 255});
+  }
+  return light;
+}
+
 Picture pictureOf(const std::string& name) {
   if (name == "sky") return flat(16, {96, 144, 208, 255});
   if (name == "aaatrigger") return flat(16, {224, 112, 32, 255});
   if (name == "{grate") return grate();
+  if (name == "daylight") return daylight();
   const maker::TextureRecipe* recipe = maker::findRecipe(name[0] == '!' ? name.substr(1) : name);
   if (recipe == nullptr) throw std::runtime_error("no texture is called " + name);
   Picture picture = maker::paintTexture(*recipe);
