@@ -44,10 +44,9 @@ images::Image loadImage(const std::string& name) {
 /// The lightmap as the engine brightens it.
 images::Image lightmapImage(std::span<const std::byte> rgb) {
   images::Image image{level::kLightmapSide, level::kLightmapSide, {}, false};
-  const std::vector<std::byte> packed = level::packLightmap(rgb);
-  for (std::size_t i = 0; i < packed.size(); i += 2) {
-    const std::uint32_t pixel =
-        std::to_integer<std::uint32_t>(packed[i]) | std::to_integer<std::uint32_t>(packed[i + 1]) << 8;
+  std::vector<std::uint16_t> packed(rgb.size() / 3);
+  level::brightenPixels(rgb, packed.data());
+  for (const std::uint32_t pixel : packed) {
     const auto widen = [pixel](unsigned shift, std::uint32_t most) { return (pixel >> shift & most) * 255 / most; };
     image.pixels.push_back(0xFF000000 | widen(11, 31) << 16 | widen(5, 63) << 8 | widen(0, 31));
   }
